@@ -1,0 +1,23 @@
+// The host options the functions declare, with their defaults. The families that use them read
+// them by name at call time (sp_GetIntOption, sp_GetStringOption).
+#include "wavex/options.hpp"
+
+namespace wavex {
+namespace {
+
+// Resampling (Interp and the measurements built on it).
+const MakeOption interpPts(__FILE__, __LINE__, "InterpPts", int32_t{1024}, OPTION_CACHE_NONE, true);
+const MakeOption interpOrder(__FILE__, __LINE__, "InterpOrder", int32_t{2}, OPTION_CACHE_NONE, true);
+// Histogram: curve style and number of bins (0: chosen from the data).
+const MakeOption histoCurveStyle(__FILE__, __LINE__, "HistoCurveStyle", "Stepped", OPTION_CACHE_NONE, true);
+const MakeOption mcNumberOfBins(__FILE__, __LINE__, "MCNumberOfBins", int32_t{0}, OPTION_CACHE_NONE, true);
+// Style sheets of the statistical-analysis reports.
+const MakeOption sensitivityCss(__FILE__, __LINE__, "SensitivityCss", std::string("%SHAREPATH%/html/css/msw.css"),
+                                OPTION_CACHE_NONE, true, true, false);
+const MakeOption worstCaseCss(__FILE__, __LINE__, "WorstCaseCss", std::string("%SHAREPATH%/html/css/msw.css"),
+                              OPTION_CACHE_NONE, true, true, false);
+const MakeOption monteCarloCss(__FILE__, __LINE__, "MonteCarloCss", std::string("%SHAREPATH%/html/css/msw.css"),
+                               OPTION_CACHE_NONE, true, true, false);
+
+}  // namespace
+}  // namespace wavex

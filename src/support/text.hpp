@@ -1,0 +1,31 @@
+// Small text helpers used across the layers.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace wavex {
+
+inline char asciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+inline char asciiUpper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// Compares as the C library's _stricmp: byte by byte after lower-casing ASCII letters, bytes
+// taken as unsigned; negative, zero or positive.
+int stricmp(std::string_view a, std::string_view b);
+inline bool iequals(std::string_view a, std::string_view b) { return a.size() == b.size() && stricmp(a, b) == 0; }
+std::string toLower(std::string_view s);
+bool beginsWith(std::string_view s, std::string_view prefix);
+std::string_view trim(std::string_view s);
+
+// Hash and equality that ignore ASCII case, for unordered containers keyed by names.
+struct CaseInsensitiveHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const;
+};
+struct CaseInsensitiveEqual {
+    using is_transparent = void;
+    bool operator()(std::string_view a, std::string_view b) const { return iequals(a, b); }
+};
+
+}  // namespace wavex
