@@ -8,9 +8,12 @@
 
 #include <complex>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 #include <utility>
+
+#include "wavex/exceptions.hpp"
 
 namespace wavex {
 
@@ -57,6 +60,7 @@ public:
 
     void reserve(size_t n) {
         if (n <= capacity_) return;
+        if (n > SIZE_MAX / sizeof(T) / 2) throw MemoryException(ElementName<T>::value);
         size_t granted = 0;
         T* fresh = static_cast<T*>(allocateBlock(n * sizeof(T), &granted, ElementName<T>::value));
         if (size_) std::memcpy(static_cast<void*>(fresh), data_, size_ * sizeof(T));

@@ -47,6 +47,18 @@ struct Interpreter::Impl {
     ScpParseContext context;
 
     VectorPtr eval(const Node& n, const YRef<MessageHandler>& messages);
+    // eval, with the exceptions that pass through handlers (exhausted memory, an unresolved
+    // entry point) reported as the statement's failure.
+    VectorPtr guardedEval(const Node& n, const YRef<MessageHandler>& messages) {
+        try {
+            return eval(n, messages);
+        } catch (const CorvaneException& e) {
+            messages->error("%s", e.what());
+        } catch (const std::bad_alloc&) {
+            messages->error("%s", MemoryException("std::vector").what());
+        }
+        return nullptr;
+    }
     VectorPtr list(const Node& n, const YRef<MessageHandler>& messages);
     VectorPtr call(const Node& n, const YRef<MessageHandler>& messages);
     VectorPtr probe(const Node& n, const YRef<MessageHandler>& messages);
@@ -104,7 +116,7 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
         messages->error("%s", "expected one expression");
         return nullptr;
     }
-    return impl_->eval(*(*statements)[0].expression, messages);
+    return impl_->guardedEval(*(*statements)[0].expression, messages);
 }
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {
@@ -114,7 +126,7 @@ bool Interpreter::runLine(std::string_view line, const Printer& print) {
     if (!ok) messages_->error("%s", error);
     else
         for (const lang::Statement& s : *statements) {
-            VectorPtr value = impl_->eval(*s.expression, messages_);
+            VectorPtr value = impl_->guardedEval(*s.expression, messages_);
             if (!value) {
                 ok = false;
                 break;
