@@ -32,6 +32,15 @@ std::string_view trim(std::string_view s) {
     return s.substr(b, e - b + 1);
 }
 
+uint32_t hashValue(std::string_view s) {
+    uint32_t h = 2166136261u;
+    for (char c : s) {
+        h ^= static_cast<unsigned char>(asciiLower(c));
+        h *= 16777619u;
+    }
+    return h;
+}
+
 size_t CaseInsensitiveHash::operator()(std::string_view s) const {
     size_t h = 14695981039346656037ull;  // FNV-1a over lower-cased bytes
     for (char c : s) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,10 @@ inline bool iequals(std::string_view a, std::string_view b) { return a.size() ==
 std::string toLower(std::string_view s);
 bool beginsWith(std::string_view s, std::string_view prefix);
 std::string_view trim(std::string_view s);
+
+// The hash of a string as the hash tables use it: 32-bit FNV-1a over the bytes with ASCII letters
+// lower-cased, so keys that differ only in letter case hash alike.
+uint32_t hashValue(std::string_view s);
 
 // Hash and equality that ignore ASCII case, for unordered containers keyed by names.
 struct CaseInsensitiveHash {
