@@ -9,10 +9,12 @@
 
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
+#include "wavex/template.hpp"
 #include "wavex/vector.hpp"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +31,10 @@ public:
     virtual VectorPtr evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) = 0;
     // The vector bound to `name` (case ignored), or null.
     virtual VectorPtr findVector(std::string_view name) const = 0;
+    // Rewrites an expression (see vec_SubstituteExpression); nullopt with *error set when it
+    // does not parse.
+    virtual std::optional<std::string> substituteExpression(std::string_view expression,
+                                                            VecSubstExpressionObject& subst, std::string* error) = 0;
 };
 
 class Interpreter : public ScpInterface {
@@ -54,6 +60,8 @@ public:
 
     void setVector(std::string_view name, VectorPtr value);
     VectorPtr findVector(std::string_view name) const override;
+    std::optional<std::string> substituteExpression(std::string_view expression, VecSubstExpressionObject& subst,
+                                                    std::string* error) override;
     std::vector<std::string> vectorNames() const;
 
     // Sets a host option; returns "" or the reason it could not be set.

@@ -101,6 +101,11 @@ std::vector<std::string> Interpreter::vectorNames() const {
     return names;
 }
 
+std::optional<std::string> Interpreter::substituteExpression(std::string_view expression,
+                                                             VecSubstExpressionObject& subst, std::string* error) {
+    return lang::substitute(expression, subst, error);
+}
+
 std::string Interpreter::setOption(std::string_view name, std::string_view value) { return wavex::setOption(name, value); }
 
 VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateExpression(expression, messages_); }
@@ -238,6 +243,10 @@ VectorPtr Interpreter::Impl::call(const Node& n, const YRef<MessageHandler>& mes
 // V(a) - V(b); I(device) is "i(device)", else "device#p".
 VectorPtr Interpreter::Impl::probe(const Node& n, const YRef<MessageHandler>& messages) {
     bool voltage = iequals(n.text, "V");
+    if (n.nodes.size() > (voltage ? 2u : 1u)) {
+        messages->error("%s", voltage ? "V(...) takes one or two node names" : "I(...) takes one device name");
+        return nullptr;
+    }
     auto one = [&](const std::string& node) -> VectorPtr {
         std::string full = std::string(voltage ? "v(" : "i(") + node + ")";
         if (VectorPtr v = lookup(full)) return v;

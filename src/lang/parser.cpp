@@ -14,7 +14,8 @@ struct Token {
     Tok kind = Tok::End;
     std::string text;  // operator, name or string contents
     double number = 0;
-    size_t pos = 0;
+    size_t pos = 0;    // the token is source[pos, end)
+    size_t end = 0;
 };
 
 struct SyntaxError {
@@ -35,6 +36,13 @@ public:
     std::string_view source() const { return src_; }
 
     Token next() {
+        Token t = scan();
+        t.end = t.kind == Tok::End ? t.pos : pos_;
+        return t;
+    }
+
+private:
+    Token scan() {
         skipSpace();
         Token t;
         t.pos = pos_;
@@ -91,7 +99,6 @@ public:
         throw SyntaxError{std::string("unexpected character '") + c + "'", pos_};
     }
 
-private:
     void skipSpace() {
         while (pos_ < src_.size() && (src_[pos_] == ' ' || src_[pos_] == '\t' || src_[pos_] == '\r' || src_[pos_] == '\n'))
             ++pos_;
@@ -121,7 +128,10 @@ public:
 private:
     [[noreturn]] void fail(const std::string& what) { throw SyntaxError{what, tok_.pos}; }
 
-    void advance() { tok_ = lex_.next(); }
+    void advance() {
+        prevEnd_ = tok_.end;
+        tok_ = lex_.next();
+    }
 
     bool isOp(std::string_view op) const { return tok_.kind == Tok::Op && tok_.text == op; }
 
@@ -158,12 +168,16 @@ private:
         return e;
     }
 
-    static std::unique_ptr<Node> call(const char* name, size_t pos, std::unique_ptr<Node> a,
-                                      std::unique_ptr<Node> b = nullptr) {
+    // The call an operator stands for; it spans from `begin` to the end of the last token read.
+    std::unique_ptr<Node> call(const char* name, size_t pos, size_t begin, std::unique_ptr<Node> a,
+                               std::unique_ptr<Node> b = nullptr) {
         auto n = std::make_unique<Node>();
         n->kind = Node::Kind::Call;
+        n->fromOperator = true;
         n->text = name;
         n->position = pos;
+        n->begin = begin;
+        n->end = prevEnd_;
         n->children.push_back(std::move(a));
         if (b) n->children.push_back(std::move(b));
         return n;
@@ -193,7 +207,9 @@ private:
             if (!match) return left;
             size_t pos = tok_.pos;
             advance();
-            left = call(match->function, pos, std::move(left), binary(level + 1));
+            size_t begin = left->begin;
+            auto right = binary(level + 1);
+            left = call(match->function, pos, begin, std::move(left), std::move(right));
         }
     }
 
@@ -205,7 +221,8 @@ private:
         if (++depth_ > kMaxDepth) fail("expression nested too deeply");
         auto exponent = power();
         --depth_;
-        return call("_Power", pos, std::move(base), std::move(exponent));
+        size_t begin = base->begin;
+        return call("_Power", pos, begin, std::move(base), std::move(exponent));
     }
 
     std::unique_ptr<Node> unary() {
@@ -220,9 +237,10 @@ private:
             if (minus && operand->kind == Node::Kind::Constant && operand->value->type == VD_REAL) {
                 operand->value = makeScalar(-operand->value->real[0]);
                 operand->position = pos;
+                operand->begin = pos;
                 return operand;
             }
-            return call(minus ? "_UMinus" : "_Not", pos, std::move(operand));
+            return call(minus ? "_UMinus" : "_Not", pos, pos, std::move(operand));
         }
         return postfix();
     }
@@ -234,12 +252,24 @@ private:
             advance();
             auto index = expression();
             expect(Tok::RBracket, "']'");
-            e = call("_Index", pos, std::move(e), std::move(index));
+            size_t begin = e->begin;
+            e = call("_Index", pos, begin, std::move(e), std::move(index));
         }
         return e;
     }
 
     std::unique_ptr<Node> primary() {
+        size_t begin = tok_.pos;
+        bool parenthesised = tok_.kind == Tok::LParen;
+        auto n = primaryInner();
+        if (!parenthesised) {  // a parenthesised expression keeps the span of its contents
+            n->begin = begin;
+            n->end = prevEnd_;
+        }
+        return n;
+    }
+
+    std::unique_ptr<Node> primaryInner() {
         auto n = std::make_unique<Node>();
         n->position = tok_.pos;
         switch (tok_.kind) {
@@ -271,7 +301,9 @@ private:
                 if (tok_.kind == Tok::Comma) {
                     size_t pos = tok_.pos;
                     advance();
-                    inner = call("_Comma", pos, std::move(inner), expression());
+                    size_t begin = inner->begin;
+                    auto im = expression();
+                    inner = call("_Comma", pos, begin, std::move(inner), std::move(im));
                 }
                 expect(Tok::RParen, "')'");
                 return inner;
@@ -320,15 +352,15 @@ private:
             start = i + 1;
             if (c == ')') break;
         }
-        if (n->nodes.size() > 2 || (n->nodes.size() > 1 && iequals(n->text, "I")))
-            throw SyntaxError{"too many node names in " + n->text + "(...)", n->position};
         lex_.seek(i + 1);
         advance();
+        prevEnd_ = i + 1;
         return n;
     }
 
     Lexer lex_;
     Token tok_;
+    size_t prevEnd_ = 0;  // end of the last token consumed
     int depth_ = 0;
 };
 

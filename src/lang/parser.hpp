@@ -14,11 +14,14 @@
 //   primary := number | string | "[" [ or { "," or } ] "]" | "(" or [ "," or ] ")"
 //            | name "(" [ or { "," or } ] ")" | name
 //            | ("V" | "I") "(" node { "," node } ")"     probes, node names taken as written
+//                                                      (how many a probe takes is checked when it
+//                                                      is evaluated, so rewriters see any form)
 // Operators become calls of the underscore functions (a+b is _Plus(a, b), v[2] is _Index(v, 2),
 // (1, 2) is _Comma(1, 2)). `#` starts a comment outside strings.
 #pragma once
 
 #include "wavex/function.hpp"
+#include "wavex/template.hpp"
 #include "wavex/vector.hpp"
 
 #include <memory>
@@ -39,6 +42,9 @@ struct Node {
     };
     Kind kind;
     size_t position = 0;  // offset of the node's text in the line, for messages
+    size_t begin = 0;     // the node's text is line[begin, end)
+    size_t end = 0;
+    bool fromOperator = false;  // a Call the parser made for an operator, not one written as f(...)
     std::string text;
     std::vector<std::unique_ptr<Node>> children;
     std::vector<std::string> nodes;
@@ -55,5 +61,9 @@ struct Statement {
 // Parses a command line. On a syntax error returns nullopt and sets *error to a message that
 // shows the line and marks where it went wrong.
 std::optional<std::vector<Statement>> parseLine(std::string_view line, std::string* error);
+
+// Rewrites the names and calls of a command line as `subst` says (see vec_SubstituteExpression);
+// nullopt with *error set when it does not parse.
+std::optional<std::string> substitute(std::string_view text, VecSubstExpressionObject& subst, std::string* error);
 
 }  // namespace wavex::lang

@@ -102,7 +102,6 @@ TEST(Parser, SyntaxErrorsShowWhereTheTextWentWrong) {
         {"v[1", "syntax error: expected ']'\n  v[1\n     ^"},
         {"V(a", "syntax error: expected ')' to close the probe\n  V(a\n     ^"},
         {"V(a,,b)", "syntax error: expected a node name\n  V(a,,b)\n      ^"},
-        {"I(a, b)", "syntax error: too many node names in I(...)\n  I(a, b)\n  ^"},
         {"1 2", "syntax error: expected ';' or the end of the line\n  1 2\n    ^"},
         {"(1, 2, 3)", "syntax error: expected ')'\n  (1, 2, 3)\n       ^"},
     };
@@ -156,6 +155,8 @@ TEST(Evaluator, ClearMessagesForWhatCannotBeEvaluated) {
         {"I(Q1)", "Unknown vector 'i(Q1)' (no vector 'Q1#p' either)"},
         {"Vec('gone')", "Unknown vector 'gone'"},
         {"Vec(1)", "Vec takes one argument, the name of a vector"},
+        {"I(Q1, 2)", "I(...) takes one device name"},
+        {"V(a, b, c)", "V(...) takes one or two node names"},
         {"[1, 'a']", "A vector literal cannot mix strings and numbers"},
         {"[1, nosuch(2)]", "Unknown function 'nosuch'"},
     };
