@@ -56,10 +56,13 @@ public:
     virtual bool probeNodesAreNames() const = 0;
 };
 
-// Rewrites an expression of the language: it is parsed, then every name and call is visited left
-// to right, arguments before their call, and replaced as `subst` says; everything else (spacing,
-// operators, literals) stays as written. A text that does not parse is returned unchanged and the
-// syntax error reported through the host's default message sink.
+// Rewrites an expression of the language: it is parsed, every name and call is visited left to
+// right, arguments before their call, and replaced as `subst` says, and the result is printed in
+// canonical form: binary operators with one blank on each side (a + b), unary operators without
+// (-a), ", " between arguments and elements (f(a, b), [1, 2], (re, im)), v[i], numbers and strings
+// as written, parentheses only where precedence needs them, statements joined by "; ". A text
+// that does not parse is returned unchanged and the syntax error reported through the host's
+// default message sink.
 std::string vec_SubstituteExpression(const std::string& expression, VecSubstExpressionObject* subst);
 
 // The text form of a value used in templates (see above).

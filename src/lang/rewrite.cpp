@@ -1,66 +1,113 @@
-// The expression rewriter behind vec_SubstituteExpression: names and calls are replaced as the
-// caller's substitution object says, everything else is copied from the source text.
+// The expression rewriter behind vec_SubstituteExpression. It parses the text with the language's
+// parser, then prints the tree in canonical form, replacing names and calls as the caller's
+// substitution object says. The canonical form:
+//   binary operators with one blank on each side (a + b, x ^ 2, p && q); unary - and ! without
+//   one (-a, !b); calls and vector literals with ", " between their elements (f(a, b), [1, 2]);
+//   the complex pair as (re, im); indexing as v[i]; numbers and strings as written; parentheses
+//   only where the operators' precedence needs them; statements joined by "; ".
+// Names and calls are visited left to right, arguments before their call.
 #include "lang/parser.hpp"
+#include "support/text.hpp"
 #include "wavex/interpreter.hpp"
 
 namespace wavex::lang {
 namespace {
 
-class Rewriter {
-public:
-    Rewriter(std::string_view source, VecSubstExpressionObject& subst) : src_(source), subst_(subst) {}
+struct OperatorForm {
+    std::string_view function;
+    std::string_view symbol;
+    int level;  // as in the grammar, lowest first
+};
 
-    std::string rewrite(const Node& n) {
+constexpr int kUnaryLevel = 7, kPostfixLevel = 8, kPrimaryLevel = 9, kPowerLevel = 6;
+
+constexpr OperatorForm kOperators[] = {
+    {"_Or", "||", 0},    {"_And", "&&", 1},    {"_Eq", "==", 2},     {"_Ne", "!=", 2},     {"_Lt", "<", 3},
+    {"_Le", "<=", 3},    {"_Gt", ">", 3},      {"_Ge", ">=", 3},     {"_Plus", "+", 4},    {"_Minus", "-", 4},
+    {"_Concat", "&", 4}, {"_Times", "*", 5},   {"_Divide", "/", 5},  {"_Mod", "%", 5},     {"_Power", "^", kPowerLevel},
+    {"_UMinus", "-", kUnaryLevel}, {"_Not", "!", kUnaryLevel}, {"_Index", "[]", kPostfixLevel},
+    {"_Comma", ",", kPrimaryLevel},  // always written in its own parentheses
+};
+
+const OperatorForm* operatorOf(const Node& n) {
+    if (n.kind != Node::Kind::Call || !n.fromOperator) return nullptr;
+    for (const OperatorForm& op : kOperators)
+        if (op.function == n.text) return &op;
+    return nullptr;
+}
+
+int levelOf(const Node& n) {
+    const OperatorForm* op = operatorOf(n);
+    return op ? op->level : kPrimaryLevel;
+}
+
+std::string joined(const std::vector<std::string>& items) {
+    std::string out;
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (i) out += ", ";
+        out += items[i];
+    }
+    return out;
+}
+
+class Printer {
+public:
+    Printer(std::string_view source, VecSubstExpressionObject& subst) : src_(source), subst_(subst) {}
+
+    std::string print(const Node& n) {
         switch (n.kind) {
-            case Node::Kind::Name:
-                return subst_.substitutesNames() ? subst_.substituteName(n.text) : std::string(span(n));
-            case Node::Kind::Constant: return std::string(span(n));
-            case Node::Kind::List: return withChildren(n, n.begin, n.end);
+            case Node::Kind::Name: return subst_.substitutesNames() ? subst_.substituteName(n.text) : n.text;
+            case Node::Kind::Constant: return constant(n);
+            case Node::Kind::List: {
+                std::vector<std::string> items;
+                for (const auto& c : n.children) items.push_back(print(*c));
+                return "[" + joined(items) + "]";
+            }
             case Node::Kind::Probe: {
                 std::vector<std::string> args;
-                for (const std::string& node : n.nodes)
-                    args.push_back(subst_.probeNodesAreNames() && subst_.substitutesNames() ? subst_.substituteName(node)
-                                                                                           : node);
-                std::string replaced = subst_.substituteCall(n.text, args);
-                if (subst_.replacesWholeCall()) return replaced;
-                // Only the name is replaced; the node list follows as written (or renamed).
-                if (!(subst_.probeNodesAreNames() && subst_.substitutesNames()))
-                    return replaced + std::string(src_.substr(n.begin + n.text.size(), n.end - n.begin - n.text.size()));
-                std::string out = replaced + "(";
-                for (size_t i = 0; i < args.size(); ++i) out += (i ? ", " : "") + args[i];
-                return out + ")";
+                bool rename = subst_.probeNodesAreNames() && subst_.substitutesNames();
+                for (const std::string& node : n.nodes) args.push_back(rename ? subst_.substituteName(node) : node);
+                return call(n.text, args);
             }
-            case Node::Kind::Call:
-                if (n.fromOperator) return withChildren(n, n.begin, n.end);
-                return call(n);
+            case Node::Kind::Call: {
+                if (const OperatorForm* op = operatorOf(n)) return operation(n, *op);
+                std::vector<std::string> args;
+                for (const auto& c : n.children) args.push_back(print(*c));
+                return call(n.text, args);
+            }
         }
         return {};
     }
 
 private:
-    std::string_view span(const Node& n) const { return src_.substr(n.begin, n.end - n.begin); }
-
-    // The source text from `begin` to `end` with each child's text replaced by its rewrite.
-    std::string withChildren(const Node& n, size_t begin, size_t end) {
-        std::string out;
-        size_t at = begin;
-        for (const auto& child : n.children) {
-            out.append(src_.substr(at, child->begin - at));
-            out += rewrite(*child);
-            at = child->end;
-        }
-        out.append(src_.substr(at, end - at));
-        return out;
+    std::string call(const std::string& name, const std::vector<std::string>& args) {
+        std::string replaced = subst_.substituteCall(name, args);
+        return subst_.replacesWholeCall() ? replaced : replaced + "(" + joined(args) + ")";
     }
 
-    std::string call(const Node& n) {
-        std::vector<std::string> args;
-        if (subst_.replacesWholeCall()) {
-            for (const auto& child : n.children) args.push_back(rewrite(*child));
-            return subst_.substituteCall(n.text, args);
-        }
-        std::string name = subst_.substituteCall(n.text, args);
-        return name + withChildren(n, n.begin + n.text.size(), n.end);
+    // A number as written (a folded negative literal as "-" and the number), a string in its quotes.
+    std::string constant(const Node& n) {
+        std::string_view text = trim(src_.substr(n.begin, n.end - n.begin));
+        if (!text.empty() && text.front() == '-') return "-" + std::string(trim(text.substr(1)));
+        return std::string(text);
+    }
+
+    std::string operand(const Node& child, bool parenthesise) {
+        std::string text = print(child);
+        return parenthesise ? "(" + text + ")" : text;
+    }
+
+    std::string operation(const Node& n, const OperatorForm& op) {
+        const Node& a = *n.children[0];
+        if (op.function == "_Comma") return "(" + print(a) + ", " + print(*n.children[1]) + ")";
+        if (op.level == kUnaryLevel) return std::string(op.symbol) + operand(a, levelOf(a) < kUnaryLevel);
+        if (op.level == kPostfixLevel)
+            return operand(a, levelOf(a) < kPostfixLevel) + "[" + print(*n.children[1]) + "]";
+        const Node& b = *n.children[1];
+        bool rightAssociative = op.level == kPowerLevel;
+        std::string left = operand(a, rightAssociative ? levelOf(a) <= op.level : levelOf(a) < op.level);
+        std::string right = operand(b, rightAssociative ? levelOf(b) < op.level : levelOf(b) <= op.level);
+        return left + " " + std::string(op.symbol) + " " + right;
     }
 
     std::string_view src_;
@@ -72,17 +119,13 @@ private:
 std::optional<std::string> substitute(std::string_view text, VecSubstExpressionObject& subst, std::string* error) {
     auto statements = parseLine(text, error);
     if (!statements) return std::nullopt;
-    // Rewrite statement by statement, copying what lies between them (assignments, ';').
+    Printer printer(text, subst);
     std::string out;
-    size_t at = 0;
-    Rewriter rewriter(text, subst);
     for (const Statement& s : *statements) {
-        const Node& e = *s.expression;
-        out.append(text.substr(at, e.begin - at));
-        out += rewriter.rewrite(e);
-        at = e.end;
+        if (!out.empty()) out += "; ";
+        if (s.target) out += *s.target + " = ";
+        out += printer.print(*s.expression);
     }
-    out.append(text.substr(at));
     return out;
 }
 

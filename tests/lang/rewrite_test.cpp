@@ -30,13 +30,22 @@ struct Rewrite : ::testing::Test {
     std::string run(const std::string& text, Recorder& r) { return vec_SubstituteExpression(text, &r); }
 };
 
-TEST_F(Rewrite, KeepsTheTextAroundWhatItReplaces) {
+TEST_F(Rewrite, PrintsInCanonicalForm) {
     Recorder r;
-    EXPECT_EQ(run("V(out) - V(a,b) + I(R1)", r), "V<out> - V<a|b> + I<R1>");
-    EXPECT_EQ(run("  2*(a + 1e3)  ", r), "  2*($a + 1e3)  ");
-    EXPECT_EQ(run("f(x, g(y))[k] ^ -z", r), "f<$x|g<$y>>[$k] ^ -$z");
-    EXPECT_EQ(run("[a, 'b c', (re, im)]", r), "[$a, 'b c', ($re, $im)]");
-    EXPECT_EQ(run("y = a; b", r), "y = $a; $b");
+    struct Case { const char* in; const char* out; };
+    const Case cases[] = {
+        {"V(out) - V(a,b) + I(R1)", "V<out> - V<a|b> + I<R1>"},
+        {"  2*(a +1e3)  ", "2 * ($a + 1e3)"},
+        {"f(x, g(y))[k] ^ -z", "f<$x|g<$y>>[$k] ^ -$z"},
+        {"[a, 'b c',(re,im)]", "[$a, 'b c', ($re, $im)]"},
+        {"y = a;b", "y = $a; $b"},
+        {"a-(b-c) - (d-e)", "$a - ($b - $c) - ($d - $e)"},
+        {"(a^b)^c ^ d", "($a ^ $b) ^ $c ^ $d"},
+        {"-(a+b) * !(c) + (-d)[1]", "-($a + $b) * !$c + (-$d)[1]"},
+        {"a || b && (c || d)", "$a || $b && ($c || $d)"},
+        {"- 2.5k ^ 2 == \"x\" & 'y'", "-2.5k ^ 2 == \"x\" & 'y'"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(run(c.in, r), c.out) << c.in;
     // Left to right, arguments before their call.
     r.visits.clear();
     run("f(a, g(b)) + V(c)", r);
@@ -47,7 +56,7 @@ TEST_F(Rewrite, QueriesSteerTheRewrite) {
     Recorder keep;
     keep.names = false;
     keep.whole = false;
-    EXPECT_EQ(run("max(a, V(n1, n2)) + b", keep), "F_max(a, F_V(n1, n2)) + b");
+    EXPECT_EQ(run("max(a,V(n1,n2)) + b", keep), "F_max(a, F_V(n1, n2)) + b");
     Recorder nodes;
     nodes.probeNames = true;
     EXPECT_EQ(run("V(n1) + I(Q1, 2)", nodes), "V<$n1> + I<$Q1|$2>");
