@@ -37,7 +37,11 @@ const char* wantWord(int argType) {
     }
 }
 
-bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, MessageHandler& messages) {
+// Checks the count and kinds of the arguments. An empty vector has no elements to be of the wrong
+// kind: where its kind is not accepted (`[]` is an empty real vector) it is passed as an empty
+// vector of the kind the position takes, collected in *adjusted.
+bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, MessageHandler& messages,
+                    std::vector<VectorPtr>* adjusted) {
     int n = static_cast<int>(args.size());
     if (n < info.minArgs || n > info.maxArgs) {
         if (info.minArgs == info.maxArgs)
@@ -52,11 +56,17 @@ bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, Messa
         int code = info.argType(i);
         unsigned accepted = acceptedKinds(code) | functionTable().extraKinds(info, i);
         VDType kind = args[i]->type;
-        if (!(accepted & (1u << kind))) {
-            messages.error("Argument %d of function '%s' must be %s, not %s", i + 1, info.name,
-                           wantWord(code), kindWord(kind));
-            return false;
+        if (accepted & (1u << kind)) continue;
+        if (args[i]->size() == 0) {
+            static const VectorPtr emptyReal = makeEmptyVector();
+            static const VectorPtr emptyStrings = makeStringVector({});
+            if (adjusted->empty()) adjusted->assign(args.begin(), args.end());
+            (*adjusted)[i] = (accepted & (1u << VD_REAL)) ? emptyReal : emptyStrings;
+            continue;
         }
+        messages.error("Argument %d of function '%s' must be %s, not %s", i + 1, info.name,
+                       wantWord(code), kindWord(kind));
+        return false;
     }
     return true;
 }
@@ -156,7 +166,9 @@ VectorPtr assemble(std::vector<FuncResult>& parts, const Vector& driver, Message
 
 FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
                         const YRef<MessageHandler>& messages, const ScpParseContext& context, VectorPtr* out) {
-    if (!checkArguments(info, args, *messages)) return FUNC_FAILED;
+    std::vector<VectorPtr> adjusted;
+    if (!checkArguments(info, args, *messages, &adjusted)) return FUNC_FAILED;
+    if (!adjusted.empty()) args = adjusted;
     static const FunctionRunTime runtime;
     size_t errorsBefore = messages->errorCount();
     auto failed = [&](FUNC_ERROR status) {

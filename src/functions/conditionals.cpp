@@ -1,0 +1,195 @@
+// Conditional and field functions.
+//
+// Iff(c, a, b): the first element of a when c[0] is true (not 0; NaN is true), else that of b;
+//   a and b must be of one kind ("Arguments 2 and 3 must be of the same type in function '%s'").
+// IffV(c, a, b): element-wise selection with a's kind, length and x-values; c of one element
+//   selects a whole vector. Lengths must agree ("Argument vectors must be of the same length in
+//   function '%s'"); both messages are reported when both checks fail.
+// Field(x, a, b): bits lo … hi of the low 32 bits of trunc(x), the bounds in either order.
+// FieldV(x, hi, lo): the same element-wise over the shortest of the three, with x's x-values; a
+//   reversed pair (hi < lo) gives -1 on purpose.
+// Floor(x): the largest integer not above x[0].
+// MaxN, MinN(a1 … ak), 1 ≤ k ≤ 32: element-wise extremes; a later argument replaces only when
+//   strictly greater (less), so ties keep the earlier value and NaN in a later argument never
+//   replaces. Arguments of different lengths give no result and no message. The unit is the
+//   arguments' common one, else unknown.
+// ee(text [, fallback]): "{" text "}" resolved as a template (so the text is evaluated as an
+//   expression); on failure the fallback when given.
+// ev(a1 … ak): the last argument (the others were evaluated for their effects).
+#include "wavex/function.hpp"
+#include "wavex/template.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace wavex {
+namespace {
+
+bool isTrue(double c) { return c != 0; }  // NaN != 0: true
+
+// Copies element `k` of argument `i` to element `out` of the result (of the same kind).
+void copyElement(const FuncArgs& args, int i, int64_t k, FuncResult* result, int64_t out) {
+    switch (args.type(i)) {
+        case VD_REAL: result->data()[out] = args.data(i)[k]; break;
+        case VD_COMPLEX: result->complexData()[out] = args.complexData(i)[k]; break;
+        default: result->stringData()[out] = args.stringData(i)[k]; break;
+    }
+}
+
+FUNC_ERROR iff(WAVEX_HANDLER_PARAMS) {
+    if (args.type(1) != args.type(2)) {
+        messages->error("Arguments 2 and 3 must be of the same type in function '%s'", info->name);
+        return FUNC_FAILED;
+    }
+    int chosen = isTrue(args.scalar(0)) ? 1 : 2;
+    result->setType(args.type(chosen), VD_NONE);
+    result->setPhysType(args.physType(chosen), units::NoRef);
+    if (args.length(chosen) == 0) return FUNC_OK;  // nothing to take the first element of
+    result->allocate(1, RESULT_OWN, 0);
+    copyElement(args, chosen, 0, result, 0);
+    return FUNC_OK;
+}
+
+FUNC_ERROR iffV(WAVEX_HANDLER_PARAMS) {
+    int64_t nc = args.length(0), n = args.length(1);
+    bool lengthsAgree = (nc <= 1 || nc == n) && n == args.length(2);
+    bool kindsAgree = args.type(1) == args.type(2);
+    if (!lengthsAgree) messages->error("Argument vectors must be of the same length in function '%s'", info->name);
+    if (!kindsAgree) messages->error("Arguments 2 and 3 must be of the same type in function '%s'", info->name);
+    if (!lengthsAgree || !kindsAgree) return FUNC_FAILED;
+    if (nc == 1) {  // one condition selects a whole vector
+        result->copyVector(args.vector(isTrue(args.scalar(0)) ? 1 : 2));
+        return FUNC_OK;
+    }
+    result->setType(args.type(1), args.refType(1));
+    result->setPhysType(args.physType(1), args.refPhysType(1));
+    result->allocate(n, RESULT_LIKE_ARGS, args.totalLength(1));
+    const double* c = args.data(0);
+    VDType kind = args.type(1);
+    if (kind == VD_REAL) {
+        const double *a = args.data(1), *b = args.data(2);
+        double* r = result->data();
+        for (int64_t i = 0; i < n; ++i) r[i] = isTrue(c[i]) ? a[i] : b[i];
+    } else if (kind == VD_COMPLEX) {
+        const Complex *a = args.complexData(1), *b = args.complexData(2);
+        Complex* r = result->complexData();
+        for (int64_t i = 0; i < n; ++i) r[i] = isTrue(c[i]) ? a[i] : b[i];
+    } else {
+        for (int64_t i = 0; i < n; ++i) copyElement(args, isTrue(c[i]) ? 1 : 2, i, result, i);
+    }
+    result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(1), 1);
+    return FUNC_OK;
+}
+
+// Bits lo … hi of the low 32 bits of n, shifted down to bit 0; shift counts taken modulo 32.
+double bitField(double x, int64_t hi, int64_t lo) {
+    auto n = static_cast<uint32_t>(static_cast<uint64_t>(static_cast<int64_t>(x)));
+    uint32_t up = static_cast<uint32_t>(31 - hi) & 31;
+    uint32_t down = static_cast<uint32_t>(31 - hi + lo) & 31;
+    return static_cast<double>(static_cast<uint32_t>(n << up) >> down);
+}
+
+// Truncation toward zero that tolerates values beyond the range of an integer.
+int64_t truncated(double x) {
+    if (!(std::fabs(x) < 9.2e18)) return 0;
+    return static_cast<int64_t>(x);
+}
+
+FUNC_ERROR field(WAVEX_HANDLER_PARAMS) {
+    int64_t a = truncated(args.scalar(1)), b = truncated(args.scalar(2));
+    result->makeRealNoRef(1)[0] = bitField(std::isfinite(args.scalar(0)) ? args.scalar(0) : 0, std::max(a, b), std::min(a, b));
+    return FUNC_OK;
+}
+
+FUNC_ERROR fieldV(WAVEX_HANDLER_PARAMS) {
+    int64_t n = std::min({args.length(0), args.length(1), args.length(2)});
+    result->setType(VD_REAL, args.refType(0));
+    result->setPhysType(units::Number, args.refPhysType(0));
+    double* r = result->makeReal(n, RESULT_LIKE_ARGS, args.totalLength(0));
+    const double *x = args.data(0), *hi = args.data(1), *lo = args.data(2);
+    for (int64_t i = 0; i < n; ++i) {
+        int64_t h = truncated(hi[i]), l = truncated(lo[i]);
+        r[i] = h >= l ? bitField(std::isfinite(x[i]) ? x[i] : 0, h, l) : -1;
+    }
+    result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);
+    return FUNC_OK;
+}
+
+FUNC_ERROR floorScalar(WAVEX_HANDLER_PARAMS) {
+    result->makeRealNoRef(1)[0] = std::floor(args.scalar(0));
+    return FUNC_OK;
+}
+
+template <bool Max>
+FUNC_ERROR extremes(const FuncArgs& args, FuncResult* result) {
+    int64_t n = args.length(0);
+    PhysType phys = args.physType(0);
+    for (int i = 1; i < args.count(); ++i) {
+        if (args.length(i) != n) return FUNC_OK;  // no result, no message
+        if (args.physType(i) != phys) phys = units::Unknown;
+    }
+    result->setPhysType(phys, units::NoRef);
+    double* r = result->makeReal(n, RESULT_OWN, 0);
+    const double* first = args.data(0);
+    std::copy(first, first + n, r);
+    for (int i = 1; i < args.count(); ++i) {
+        const double* a = args.data(i);
+        for (int64_t k = 0; k < n; ++k)
+            if (Max ? a[k] > r[k] : a[k] < r[k]) r[k] = a[k];
+    }
+    return FUNC_OK;
+}
+
+FUNC_ERROR maxN(WAVEX_HANDLER_PARAMS) { return extremes<true>(args, result); }
+FUNC_ERROR minN(WAVEX_HANDLER_PARAMS) { return extremes<false>(args, result); }
+
+FUNC_ERROR ee(WAVEX_HANDLER_PARAMS) {
+    TemplateObject resolver;
+    bool failed = false;
+    std::string text = resolver.resolveTemplate("{" + std::string(args.string(0)) + "}", "", &failed);
+    if (failed && args.count() > 1) text = args.string(1);
+    result->setType(VD_STRING, VD_NONE);
+    result->allocate(1, RESULT_OWN, 0);
+    result->stringData()[0] = std::move(text);
+    return FUNC_OK;
+}
+
+FUNC_ERROR ev(WAVEX_HANDLER_PARAMS) {
+    result->copyVector(args.vector(args.count() - 1));
+    return FUNC_OK;
+}
+
+constexpr int kReal3[] = {ARG_REAL, ARG_REAL, ARG_REAL};
+constexpr int kEach3[] = {MULTI_EACH, MULTI_EACH, MULTI_EACH};
+constexpr int kCondition[] = {ARG_REAL, ARG_ANY, ARG_ANY};
+constexpr int kReals32[32] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
+                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
+                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
+                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
+constexpr int kTexts[] = {ARG_STRING, ARG_STRING};
+constexpr int kAny8[] = {ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF,
+                         ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF};
+
+const FuncInfo kConditionalFunctions[] = {
+    FuncInfo("Field", kReal3, 3, 3, field),
+    FuncInfo("FieldV", kReal3, 3, 3, fieldV, kEach3, kPointwise),
+    FuncInfo("Floor", kReal3, 1, 1, floorScalar),
+    FuncInfo("Iff", kCondition, 3, 3, iff),
+    FuncInfo("IffV", kCondition, 3, 3, iffV, kPointwise),
+    FuncInfo("MaxN", kReals32, 1, 32, maxN),
+    FuncInfo("MinN", kReals32, 1, 32, minN),
+    FuncInfo("ee", kTexts, 1, 2, ee),
+    FuncInfo("ev", kAny8, 1, 8, ev),
+};
+const FuncFamily conditionalFamily(kConditionalFunctions);
+
+// ev copies whatever it is given, strings included.
+struct AcceptStrings {
+    AcceptStrings() {
+        for (int i = 0; i < 8; ++i) functionTable().acceptKinds("ev", i, 1u << VD_STRING);
+    }
+} const acceptStrings;
+
+}  // namespace
+}  // namespace wavex

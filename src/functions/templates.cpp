@@ -1,0 +1,158 @@
+// Templates and probe expressions: text rewritten with the host's template resolver and
+// expression rewriter (see wavex/template.hpp for the template language and the canonical form).
+//
+// ResolveTemplate(template, names, values [, failText]) resolves %NAME% keywords against the
+// pairs (names[i], values[i]) (as many as the shorter vector holds; a name given twice means its
+// later value) and {expressions}; when something could not be resolved and a fourth argument was
+// given, the result is that text. `rt` is the same function under a second registration.
+//
+// ParseProbeExpression(expr) rewrites V(n) to (n), V(a, b) to (a-b) and I(d) to d#p, and lists
+// the nets and device pins it met, in order of first appearance, each once (ignoring case): the
+// result is [rewritten, N, D, net1 … netN, pin1 … pinD]. Other calls, and V or I with an
+// unexpected number of arguments, are written generically as F(a1, a2).
+//
+// SubstProbeExpression(expr, names, values) replaces every identifier that the pairs name by its
+// value; function names and everything else stay.
+//
+// None reports a message of its own; a text that does not parse comes back as written, with the
+// language's syntax message.
+#include "support/hash_table.hpp"
+#include "wavex/function.hpp"
+#include "wavex/template.hpp"
+
+#include <memory>
+
+namespace wavex {
+namespace {
+
+using KeywordTable = ChainedHashTable<std::string>;
+
+// The pairs (names[i], values[i]) of arguments 1 and 2, newest at the head of each chain.
+void fillKeywords(const FuncArgs& args, KeywordTable& table) {
+    int64_t pairs = std::min(args.length(1), args.length(2));
+    for (int64_t i = 0; i < pairs; ++i)
+        table.insert(std::string(args.string(1, static_cast<size_t>(i))), std::string(args.string(2, static_cast<size_t>(i))));
+}
+
+class GenTemplateObject : public TemplateObject {
+public:
+    explicit GenTemplateObject(std::shared_ptr<const KeywordTable> table) : table_(std::move(table)) {}
+    std::string lookup(std::string_view key, bool* found) override {
+        const std::string* value = table_->find(key);
+        *found = value != nullptr;
+        return value ? *value : std::string();
+    }
+
+private:
+    std::shared_ptr<const KeywordTable> table_;
+};
+
+// Lists names in order of first appearance, each once, ignoring case (searched from the end).
+void addOnce(std::vector<std::string>& list, const std::string& name) {
+    for (auto it = list.rbegin(); it != list.rend(); ++it)
+        if (iequals(*it, name)) return;
+    list.push_back(name);
+}
+
+std::string genericCall(const std::string& f, const std::vector<std::string>& args) {
+    std::string out = f + "(";
+    for (size_t i = 0; i < args.size(); ++i) out += (i ? ", " : "") + args[i];
+    return out + ")";
+}
+
+class ParseProbeSubstExpressionObject : public VecSubstExpressionObject {
+public:
+    std::vector<std::string> nets, pins;
+    int unexpectedArguments = 0;  // set when V or I has an argument count it does not take
+
+    std::string substituteName(const std::string& name) override { return name; }
+    std::string substituteCall(const std::string& f, const std::vector<std::string>& args) override {
+        if (iequals(f, "V") && args.size() == 1) {
+            addOnce(nets, args[0]);
+            return "(" + args[0] + ")";
+        }
+        if (iequals(f, "V") && args.size() == 2) {
+            addOnce(nets, args[0]);
+            addOnce(nets, args[1]);
+            return "(" + args[0] + "-" + args[1] + ")";
+        }
+        if (iequals(f, "I") && args.size() == 1) {
+            addOnce(pins, args[0]);
+            return args[0] + "#p";
+        }
+        if (iequals(f, "V") || iequals(f, "I")) unexpectedArguments = 1;
+        return genericCall(f, args);
+    }
+    bool substitutesNames() const override { return true; }
+    bool replacesWholeCall() const override { return true; }
+    bool probeNodesAreNames() const override { return false; }
+};
+
+class MapProbeSubstExpressionObject : public VecSubstExpressionObject {
+public:
+    explicit MapProbeSubstExpressionObject(const KeywordTable& table) : table_(table) {}
+    std::string substituteName(const std::string& name) override {
+        const std::string* value = table_.find(name);
+        return value ? *value : name;
+    }
+    std::string substituteCall(const std::string& f, const std::vector<std::string>&) override { return f; }
+    bool substitutesNames() const override { return true; }
+    bool replacesWholeCall() const override { return false; }
+    bool probeNodesAreNames() const override { return false; }
+
+private:
+    const KeywordTable& table_;
+};
+
+FUNC_ERROR stringsResult(FuncResult* result, std::vector<std::string> values) {
+    result->setType(VD_STRING, VD_NONE);
+    result->allocate(static_cast<int64_t>(values.size()), RESULT_OWN, 0);
+    StrElem* out = result->stringData();
+    for (size_t i = 0; i < values.size(); ++i) out[i] = std::move(values[i]);
+    return FUNC_OK;
+}
+
+FUNC_ERROR resolveTemplate(WAVEX_HANDLER_PARAMS) {
+    auto table = std::make_shared<KeywordTable>(101, 0);
+    fillKeywords(args, *table);
+    GenTemplateObject resolver(table);
+    bool failed = false;
+    std::string text = resolver.resolveTemplate(std::string(args.string(0)), "", &failed);
+    if (failed && args.count() > 3) text = args.string(3);
+    return stringsResult(result, {std::move(text)});
+}
+
+FUNC_ERROR parseProbeExpression(WAVEX_HANDLER_PARAMS) {
+    ParseProbeSubstExpressionObject probes;
+    std::string rewritten = vec_SubstituteExpression(std::string(args.string(0)), &probes);
+    std::vector<std::string> out{std::move(rewritten), std::to_string(probes.nets.size()), std::to_string(probes.pins.size())};
+    out.insert(out.end(), probes.nets.begin(), probes.nets.end());
+    out.insert(out.end(), probes.pins.begin(), probes.pins.end());
+    return stringsResult(result, std::move(out));
+}
+
+FUNC_ERROR substProbeExpression(WAVEX_HANDLER_PARAMS) {
+    // Built in a small growing table, then copied into the rewriter's 101 buckets; copying from
+    // the oldest entry keeps the newest of a repeated name first.
+    KeywordTable pairs(31, 2);
+    fillKeywords(args, pairs);
+    std::vector<const KeywordTable::Entry*> entries;
+    pairs.forEach([&](const KeywordTable::Entry& e) { entries.push_back(&e); });
+    KeywordTable table(101, 0);
+    for (auto it = entries.rbegin(); it != entries.rend(); ++it) table.insert((*it)->key, (*it)->value);
+    MapProbeSubstExpressionObject map(table);
+    return stringsResult(result, {vec_SubstituteExpression(std::string(args.string(0)), &map)});
+}
+
+constexpr int kTemplateArgs[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
+
+const FuncInfo kTemplateFunctions[] = {
+    FuncInfo("ParseProbeExpression", kTemplateArgs, 1, 1, parseProbeExpression),
+    FuncInfo("ResolveTemplate", kTemplateArgs, 3, 4, resolveTemplate),
+    FuncInfo("SubstProbeExpression", kTemplateArgs, 3, 3, substProbeExpression),
+    FuncInfo("rt", kTemplateArgs, 3, 4, resolveTemplate),
+};
+const FuncFamily templateFamily(kTemplateFunctions);
+
+}  // namespace
+}  // namespace wavex
