@@ -1,1 +1,104 @@
-int main() { return 0; }
+// The wavex command:
+//
+//   wavex [--json] [--data FILE]... [--option NAME=VALUE]... [-e STATEMENT]... [SCRIPT]
+//
+// Options are set first, then the data files load (each column becomes a vector named after it),
+// then each -e command line runs in order, then SCRIPT (one command line per line; "-" reads
+// standard input). With neither -e nor SCRIPT, command lines come from an interactive prompt when
+// standard input is a terminal, else from standard input as from a script.
+//
+// Every message goes to standard error as "error: MESSAGE", prefixed with FILE:LINE: for a line of
+// a script or of standard input. A failed statement stops the run: later statements and lines do
+// not run (at the prompt the session goes on). Messages of calls that still succeeded do not stop
+// anything.
+//
+// Exit status: 0 when every statement succeeded; 1 when a statement failed or a data file or
+// script could not be read or loaded; 2 for a usage error (unknown flag, missing value, an
+// --option that is unknown or whose value does not suit it).
+#include "cli/session.hpp"
+
+#include "support/text.hpp"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+int usageError(const char* format, const std::string& a, const std::string& b = "") {
+    std::fputs("error: ", stderr);
+    std::fprintf(stderr, format, a.c_str(), b.c_str());
+    std::fputs("\nRun with --help for more information.\n", stderr);
+    return kUsageError;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace wavex::cli;
+
+    bool json = false;
+    std::vector<std::string> dataFiles, options, statements;
+    std::string script;
+
+    CLI::App app{"Evaluates waveform expressions over simulation data.", "wavex"};
+    app.set_version_flag("--version", "wavex 0.1.0");
+    auto repeated = [](CLI::Option* o) {
+        return o->expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    };
+    app.add_flag("--json", json, "Print each value as one JSON object per line");
+    repeated(app.add_option("-d,--data", dataFiles, "Load the columns of a CSV file as vectors")->type_name("FILE"));
+    repeated(app.add_option("-o,--option", options, "Set a host option")->type_name("NAME=VALUE"));
+    repeated(app.add_option("-e", statements, "Run a command line (several run in order)")->type_name("STATEMENT"));
+    app.add_option("SCRIPT", script, "Run a file of command lines (- for standard input)")->type_name("FILE");
+    app.footer("Without -e or SCRIPT, command lines come from a prompt (or from standard input when it is\n"
+               "not a terminal).\n"
+               "Exit status: 0 success, 1 a statement failed or a file could not be loaded, 2 usage error.");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        return usageError("%s", e.what());
+    }
+
+    Session session(json ? Session::Format::Json : Session::Format::Text);
+
+    for (const std::string& option : options) {
+        size_t eq = option.find('=');
+        if (eq == std::string::npos || eq == 0)
+            return usageError("--option needs NAME=VALUE, not '%s'", option);
+        std::string why = session.interpreter().setOption(wavex::trim(option.substr(0, eq)), option.substr(eq + 1));
+        if (!why.empty()) return usageError("--option %s: %s", option, why);
+    }
+
+    int status = 0;
+    for (const std::string& file : dataFiles)
+        if (!session.loadData(file)) {
+            status = 1;
+            break;
+        }
+    for (size_t i = 0; status == 0 && i < statements.size(); ++i)
+        if (!session.runLine(statements[i])) status = 1;
+    if (status == 0) {
+        if (!script.empty()) status = session.runScript(script) ? 0 : 1;
+        else if (statements.empty()) status = (isatty(STDIN_FILENO) ? session.runPrompt() : session.runScript("-")) ? 0 : 1;
+    }
+    session.finish();
+    if (std::ferror(stdout)) {
+        std::fprintf(stderr, "error: cannot write the output\n");
+        status = 1;
+    }
+    return status;
+}

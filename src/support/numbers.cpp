@@ -5,6 +5,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <limits>
 #include <system_error>
 
 namespace wavex {
@@ -14,7 +16,14 @@ std::optional<double> parseNumber(std::string_view text) {
     if (text.empty()) return std::nullopt;
     double value = 0;
     auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    if (end != text.data() + text.size()) return std::nullopt;
+    if (ec == std::errc::result_out_of_range) {
+        // Out of range either way: an underflow reads as the nearest double, an overflow is refused.
+        double nearest = std::strtod(std::string(text).c_str(), nullptr);
+        if (std::isinf(nearest)) return std::nullopt;
+        return nearest;
+    }
+    if (ec != std::errc()) return std::nullopt;
     return value;
 }
 
@@ -122,5 +131,18 @@ std::string formatEngineering(double value, int digits) {
     }
     return std::string(buf) + kPrefix[exp3 / 3 + 5];
 }
+
+namespace {
+template <class Int>
+Int truncateTo(double value) {
+    constexpr double lo = static_cast<double>(std::numeric_limits<Int>::min());  // exact: -2^(bits-1)
+    if (std::isnan(value) || value <= lo) return std::numeric_limits<Int>::min();
+    if (value >= -lo) return std::numeric_limits<Int>::max();
+    return static_cast<Int>(value);
+}
+}  // namespace
+
+int32_t truncateToInt32(double value) { return truncateTo<int32_t>(value); }
+int64_t truncateToInt64(double value) { return truncateTo<int64_t>(value); }
 
 }  // namespace wavex

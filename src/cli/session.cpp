@@ -1,0 +1,95 @@
+#include "cli/session.hpp"
+
+#include "io/csv.hpp"
+#include "io/printers.hpp"
+#include "support/text.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace wavex::cli {
+
+void StderrMessages::report(const std::string& message) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "error: %s%s\n", where.c_str(), message.c_str());
+}
+
+Session::Session(Format format)
+    : format_(format), messages_(std::make_shared<StderrMessages>()), wx_(messages_),
+      printer_([this](const VectorPtr& value, std::string_view label) { print(value, label); }) {}
+
+void Session::print(const VectorPtr& value, std::string_view label) {
+    buffer_.clear();
+    if (format_ == Format::Json) {
+        io::appendJson(buffer_, value);
+    } else {
+        // A blank line between a value printed under headings and its neighbours.
+        if (!value || value->size() == 0) return;  // prints nothing
+        bool headed = io::textHasHeadings(value);
+        if (printedText_ && (headed || lastHeaded_)) buffer_ += '\n';
+        io::appendText(buffer_, value, label);
+        printedText_ = true;
+        lastHeaded_ = headed;
+    }
+    std::fwrite(buffer_.data(), 1, buffer_.size(), stdout);
+}
+
+bool Session::loadData(const std::string& path) {
+    std::string error;
+    auto vectors = io::loadCsv(path, &error);
+    if (!vectors) {
+        messages_->error("%s", error);
+        return false;
+    }
+    for (io::NamedVector& v : *vectors) wx_.setVector(v.name, std::move(v.value));
+    return true;
+}
+
+bool Session::runLine(std::string_view line) {
+    size_t before = messages_->errorCount();
+    bool ok = wx_.runLine(line, printer_);
+    if (!ok && messages_->errorCount() == before) messages_->error("%s", "the statement failed");
+    return ok;
+}
+
+bool Session::runScript(const std::string& path) {
+    const bool useStdin = path == "-";
+    FILE* file = useStdin ? stdin : std::fopen(path.c_str(), "r");
+    if (!file) {
+        messages_->error("cannot read script '%s': %s", path, std::strerror(errno));
+        return false;
+    }
+    const std::string name = useStdin ? "stdin" : path;
+    char* raw = nullptr;
+    size_t capacity = 0;
+    ssize_t n;
+    size_t lineNo = 0;
+    bool ok = true;
+    while (ok && (n = getline(&raw, &capacity, file)) >= 0) {
+        ++lineNo;
+        std::string_view line(raw, static_cast<size_t>(n));
+        while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+        std::string_view content = trim(line);
+        if (content.empty() || content.front() == '#') continue;
+        messages_->where = name + ":" + std::to_string(lineNo) + ": ";
+        ok = runLine(line);
+        messages_->where.clear();
+        if (useStdin) std::fflush(stdout);  // a program at the other end may wait for the answer
+    }
+    if (ok && std::ferror(file)) {
+        messages_->error("cannot read script '%s': %s", name, std::strerror(errno));
+        ok = false;
+    }
+    std::free(raw);
+    if (!useStdin) std::fclose(file);
+    return ok;
+}
+
+void Session::finish() {
+    wx_.finish();
+    std::fflush(stdout);
+}
+
+}  // namespace wavex::cli

@@ -1,0 +1,53 @@
+// One run of the wavex command: an interpreter whose messages go to standard error and whose
+// values are printed on standard output, fed from -e arguments, scripts or the prompt.
+#pragma once
+
+#include "wavex/interpreter.hpp"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace wavex::cli {
+
+// Writes each message to standard error as "error: [WHERE]MESSAGE", after flushing standard
+// output so that values and messages appear in the order they were made.
+class StderrMessages : public MessageHandler {
+public:
+    std::string where;  // "FILE:LINE: " while a line of a file runs
+
+protected:
+    void report(const std::string& message) override;
+};
+
+class Session {
+public:
+    enum class Format { Text, Json };
+    explicit Session(Format format);
+
+    Interpreter& interpreter() { return wx_; }
+
+    // Loads the columns of a CSV file as vectors; false (message reported) when it cannot.
+    bool loadData(const std::string& path);
+    // Runs one command line; false when a statement failed.
+    bool runLine(std::string_view line);
+    // Runs a file ("-": standard input) one command line per line, skipping blank and comment
+    // lines; stops at the first line that fails and returns false.
+    bool runScript(const std::string& path);
+    // The interactive prompt, with line editing and history; runs until end of input or "quit".
+    bool runPrompt();
+    void finish();
+
+private:
+    void print(const VectorPtr& value, std::string_view label);
+
+    Format format_;
+    std::shared_ptr<StderrMessages> messages_;
+    Interpreter wx_;
+    Interpreter::Printer printer_;
+    std::string buffer_;
+    bool printedText_ = false;  // some value has been printed as text
+    bool lastHeaded_ = false;   // and the last one under headings
+};
+
+}  // namespace wavex::cli

@@ -1,0 +1,291 @@
+// End-to-end runs of the wavex command.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out, err;
+};
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Per process: ctest runs the tests of this file in parallel processes.
+std::string tempPath(const std::string& name) {
+    return testing::TempDir() + "wavex_cli_" + std::to_string(getpid()) + "_" + name;
+}
+
+// Removes the files the tests made when the process ends.
+struct TempFiles {
+    std::vector<std::string> paths;
+    ~TempFiles() {
+        for (const std::string& p : paths) std::remove(p.c_str());
+    }
+} gTempFiles;
+
+std::string writeTemp(const std::string& name, const std::string& content) {
+    std::string path = tempPath(name);
+    gTempFiles.paths.push_back(path);
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+}
+
+// Runs the built binary with `args`, feeding `input` on standard input (not a terminal).
+Outcome wavex(const std::vector<std::string>& args, const std::string& input = "") {
+    std::string in = writeTemp("stdin", input), out = tempPath("stdout"), err = tempPath("stderr");
+    gTempFiles.paths.push_back(out);
+    gTempFiles.paths.push_back(err);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    std::vector<char*> argv{const_cast<char*>(WAVEX_BINARY)};
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    pid_t pid;
+    int rc = posix_spawn(&pid, WAVEX_BINARY, &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (rc != 0) return {-1, "", std::string("spawn failed: ") + std::strerror(rc)};
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), readFile(out), readFile(err)};
+}
+
+const char* const kUsageHint = "Run with --help for more information.\n";
+
+TEST(Cli, Statements) {
+    Outcome r = wavex({"-e", "db([-1, 10, 1000])"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "0\n20\n60\n");
+    EXPECT_EQ(r.err, "");
+
+    // Several -e run in order and share the workspace; ';' separates statements of one line.
+    r = wavex({"-e", "a = [1, 2]; b = [\"x\", 'y z']", "-e", "a", "-e", "b; [3]"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "1\n2\nx\ny z\n3\n");
+
+    r = wavex({"--json", "-e", "[1.5, -2e-3]", "-e", "[]"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, R"({"type":"real","phys":1,"unit":"","name":"","y":[1.5,-0.002],"x":null,"divisions":null})" "\n"
+                     R"({"type":"real","phys":1,"unit":"","name":"","y":[],"x":null,"divisions":null})" "\n");
+
+    // A statement that begins with a minus sign is still a statement.
+    r = wavex({"-e", "-1"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "-1\n");
+}
+
+TEST(Cli, FailuresStopTheRun) {
+    struct Case {
+        std::vector<std::string> args;
+        const char* out;
+        const char* err;
+    };
+    const Case cases[] = {
+        {{"-e", "[1]", "-e", "[2,", "-e", "[3]"}, "1\n",
+         "error: syntax error: expected a value at the end of the line\n  [2,\n     ^\n"},
+        {{"-e", "nosuch(1)"}, "", "error: Unknown function 'nosuch'\n"},
+        {{"-e", "[1]; zz; [2]"}, "1\n", "error: Unknown vector 'zz'\n"},
+        {{"-e", "db(1, 2)", "-e", "[1]"}, "", "error: Function 'db' takes 1 argument, not 2\n"},
+        {{"-e", "db()"}, "", "error: Function 'db' takes 1 argument, not 0\n"},
+        {{"-e", "db"}, "", "error: Function 'db' needs its arguments in parentheses\n"},
+        {{"-e", "[1, \"a\"]"}, "", "error: A vector literal cannot mix strings and numbers\n"},
+    };
+    for (const Case& c : cases) {
+        Outcome r = wavex(c.args);
+        EXPECT_EQ(r.status, 1) << c.args[1];
+        EXPECT_EQ(r.out, c.out) << c.args[1];
+        EXPECT_EQ(r.err, c.err) << c.args[1];
+    }
+}
+
+TEST(Cli, UsageErrors) {
+    struct Case {
+        std::vector<std::string> args;
+        std::string err;
+    };
+    const Case cases[] = {
+        {{"--bogus"}, "error: The following argument was not expected: --bogus\n"},
+        {{"-e"}, "error: -e: 1 required STATEMENT missing\n"},
+        {{"a.wx", "b.wx"}, "error: The following argument was not expected: b.wx\n"},
+        {{"--option", "InterpPts"}, "error: --option needs NAME=VALUE, not 'InterpPts'\n"},
+        {{"--option", "=3"}, "error: --option needs NAME=VALUE, not '=3'\n"},
+        {{"--option", "NoSuchOption=1"}, "error: --option NoSuchOption=1: unknown option 'NoSuchOption'\n"},
+        {{"--option", "InterpPts=many"},
+         "error: --option InterpPts=many: option 'InterpPts' needs an integer, not 'many'\n"},
+    };
+    for (const Case& c : cases) {
+        Outcome r = wavex(c.args);
+        EXPECT_EQ(r.status, 2) << c.args[0];
+        EXPECT_EQ(r.out, "") << c.args[0];
+        EXPECT_EQ(r.err, c.err + kUsageHint) << c.args[0];
+    }
+    Outcome r = wavex({"--option", "interppts=16", "-o", "InterpOrder=3", "-e", "[1]"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "1\n");
+
+    r = wavex({"--version"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "wavex 0.1.0\n");
+}
+
+TEST(Cli, Data) {
+    std::string csv = writeTemp("data.csv",
+                                "time,out[V],h.re,h.im\n"
+                                "# run: R=1k\n0,1,1,2\n1e-6,2,3,-4\n\n"
+                                "# run: R=2k\n0,3,5,6\n1e-6,4.5e-3,7,8\n");
+    Outcome r = wavex({"--data", csv, "-e", "out"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "# R=1k\ntime [s]  out [V]\n0         1\n1u        2\n\n"
+              "# R=2k\ntime [s]  out [V]\n0         3\n1u        4.5m\n");
+
+    r = wavex({"--json", "-d", csv, "-e", "h"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, R"({"type":"complex","phys":1,"unit":"","name":"h","y":[[1,2],[3,-4],[5,6],[7,8]],)"
+                     R"("x":{"type":"real","phys":4,"unit":"s","name":"time","values":[0,1e-06,0,1e-06]},)"
+                     R"("divisions":[{"length":2,"label":"R=1k"},{"length":2,"label":"R=2k"}]})" "\n");
+
+    // Names that are not identifiers are reached through Vec(); a later file's columns win.
+    std::string other = writeTemp("other.csv", "freq,v(out)[V]\n1,0.5\n");
+    r = wavex({"--data", csv, "--data", other, "-e", "Vec('v(out)')"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "freq [Hz]  v(out) [V]\n1          500m\n");
+
+    // A value printed under headings is set apart from its neighbours by a blank line.
+    r = wavex({"--data", csv, "-e", "[1]", "-e", "time", "-e", "[2]; [3]"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "1\n\n"
+              "# R=1k\ntime [s]  time [s]\n0         0\n1u        1u\n\n"
+              "# R=2k\ntime [s]  time [s]\n0         0\n1u        1u\n\n"
+              "2\n3\n");
+
+    // A file that cannot be loaded stops the run before any statement.
+    std::string bad = writeTemp("bad.csv", "time,out\n0,1\n1,x\n");
+    r = wavex({"--data", bad, "-e", "[1]"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(r.err, "error: " + bad + ":3: 'x' in column 'out' is not a number\n");
+
+    r = wavex({"--data", "/nonexistent.csv"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "error: cannot read '/nonexistent.csv': No such file or directory\n");
+}
+
+TEST(Cli, Scripts) {
+    std::string script = writeTemp("s.wx",
+                                   "# a comment line\n"
+                                   "a = [1, 2]\r\n"
+                                   "\n"
+                                   "   a   # the values\n"
+                                   "zz\n"
+                                   "[3]\n");
+    Outcome r = wavex({script});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "1\n2\n");
+    EXPECT_EQ(r.err, "error: " + script + ":5: Unknown vector 'zz'\n");
+
+    // -e runs before the script.
+    std::string good = writeTemp("good.wx", "b\n");
+    r = wavex({"-e", "b = ['s']", good});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "s\n");
+
+    r = wavex({tempPath("missing.wx")});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "error: cannot read script '" + tempPath("missing.wx") + "': No such file or directory\n");
+
+    // Without -e or a script, standard input (not a terminal) is read like a script.
+    r = wavex({}, "[1]\n# skip\n[2, \n[3]\n");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "1\n");
+    EXPECT_EQ(r.err, "error: stdin:3: syntax error: expected a value at the end of the line\n  [2, \n      ^\n");
+    r = wavex({"-"}, "[4]");
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "4\n");
+    r = wavex({}, "");
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out + r.err, "");
+}
+
+TEST(Cli, Example) {
+    const std::string dir = std::string(WAVEX_SOURCE_DIR) + "/examples/";
+    Outcome r = wavex({"--data", dir + "step.csv", "--data", dir + "ac.csv", dir + "filter.wx"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out, readFile(dir + "filter.out"));
+}
+
+// The prompt, on a pseudo-terminal: values print, a failure does not end the session, "quit"
+// leaves, and the lines are kept in ~/.wavex_history.
+TEST(Cli, Prompt) {
+    std::string home = tempPath("home");
+    std::string mkdir = "mkdir -p '" + home + "'";
+    ASSERT_EQ(std::system(mkdir.c_str()), 0);
+    std::remove((home + "/.wavex_history").c_str());
+
+    int master;
+    pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        setenv("HOME", home.c_str(), 1);
+        setenv("TERM", "dumb", 1);
+        execl(WAVEX_BINARY, WAVEX_BINARY, static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    const char input[] = "q = [7, 8]\nnosuch(1)\nq\nquit\n";
+    ASSERT_EQ(write(master, input, sizeof input - 1), static_cast<ssize_t>(sizeof input - 1));
+    std::string screen;
+    char buf[4096];
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (;;) {
+        pollfd p{master, POLLIN, 0};
+        if (poll(&p, 1, 200) > 0) {
+            ssize_t n = read(master, buf, sizeof buf);
+            if (n <= 0) break;  // the child has gone
+            screen.append(buf, static_cast<size_t>(n));
+        }
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(pid, SIGKILL);
+            break;
+        }
+    }
+    close(master);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << screen;
+    EXPECT_NE(screen.find("error: Unknown function 'nosuch'"), std::string::npos) << screen;
+    EXPECT_NE(screen.find("7\r\n8\r\n"), std::string::npos) << screen;
+    std::string history = readFile(home + "/.wavex_history");
+    EXPECT_NE(history.find("nosuch(1)"), std::string::npos) << history;
+    std::remove((home + "/.wavex_history").c_str());
+    rmdir(home.c_str());
+}
+
+}  // namespace
