@@ -5,7 +5,6 @@
 #include "support/text.hpp"
 
 #include <algorithm>
-#include <map>
 #include <unordered_map>
 
 namespace wavex {
@@ -13,7 +12,8 @@ namespace wavex {
 struct FunctionTable::Impl {
     std::unordered_map<std::string, const FuncInfo*, CaseInsensitiveHash, CaseInsensitiveEqual> byName;
     std::unordered_map<std::string, std::string, CaseInsensitiveHash, CaseInsensitiveEqual> aliases;
-    std::map<std::pair<std::string, int>, unsigned> extraKinds;  // (lower-case name, argument)
+    // Kinds beyond the registered argType, per function name and argument position.
+    std::unordered_map<std::string, std::vector<unsigned>, CaseInsensitiveHash, CaseInsensitiveEqual> extraKinds;
 };
 
 FunctionTable::Impl& FunctionTable::impl() const {
@@ -67,14 +67,17 @@ std::vector<FuncLoc> FunctionTable::locations() const {
 }
 
 void FunctionTable::acceptKinds(const char* name, int arg, unsigned kindMask) {
-    impl().extraKinds[{toLower(name), arg}] |= kindMask;
+    std::vector<unsigned>& kinds = impl().extraKinds[name];
+    if (kinds.size() <= static_cast<size_t>(arg)) kinds.resize(static_cast<size_t>(arg) + 1, 0);
+    kinds[static_cast<size_t>(arg)] |= kindMask;
 }
 
 unsigned FunctionTable::extraKinds(const FuncInfo& info, int arg) const {
-    const auto& kinds = impl().extraKinds;
-    if (kinds.empty()) return 0;
-    auto it = kinds.find({toLower(info.name), arg});
-    return it == kinds.end() ? 0 : it->second;
+    const auto& all = impl().extraKinds;
+    if (all.empty()) return 0;
+    auto it = all.find(std::string_view(info.name));
+    if (it == all.end() || static_cast<size_t>(arg) >= it->second.size()) return 0;
+    return it->second[static_cast<size_t>(arg)];
 }
 
 FuncDef::FuncDef(const FuncInfo& info) : info_(&info) { functionTable().add(info_); }
