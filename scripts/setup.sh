@@ -3,7 +3,7 @@
 set -eu
 
 packages="cmake ninja-build g++ clang libclang-rt-14-dev pkgconf libgtest-dev libbenchmark-dev
-libcli11-dev libedit-dev libpcre2-dev libmd-dev uuid-dev python3-numpy"
+libcli11-dev libedit-dev libpcre2-dev libmd-dev uuid-dev python3-numpy sox python3-scipy python3-mpmath"
 
 missing=""
 for p in $packages; do

@@ -11,6 +11,12 @@ const MakeOption interpOrder(__FILE__, __LINE__, "InterpOrder", int32_t{2}, OPTI
 // Histogram: curve style and number of bins (0: chosen from the data).
 const MakeOption histoCurveStyle(__FILE__, __LINE__, "HistoCurveStyle", "Stepped", OPTION_CACHE_NONE, true);
 const MakeOption mcNumberOfBins(__FILE__, __LINE__, "MCNumberOfBins", int32_t{0}, OPTION_CACHE_NONE, true);
+// diff: a step counts only when it exceeds this share of the curve's mean x-spacing; shorter
+// steps are merged into the next. A billionth of the mean spacing lies below the steps a
+// simulator takes on purpose, yet above the rounding of x-values that start near zero, for
+// curves of up to a few million points: the near-duplicate times written at breakpoints then do
+// not turn into spikes a million times the real slope. 0 uses every distinct x-value.
+const MakeOption derivAcceptFactor(__FILE__, __LINE__, "DerivAcceptFactor", 1e-9);
 // Style sheets of the statistical-analysis reports.
 const MakeOption sensitivityCss(__FILE__, __LINE__, "SensitivityCss", std::string("%SHAREPATH%/html/css/msw.css"),
                                 OPTION_CACHE_NONE, true, true, false);
