@@ -10,6 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static auto sink = std::make_shared<wavex::CollectingMessageHandler>();
     static wavex::Interpreter wx(sink);
     static bool ready = [] {
+        wavex::setAllocationLimit(size_t{64} << 20);
         wx.setVector("names", wavex::makeStringVector({"a", "R1", "out"}));
         wx.setVector("values", wavex::makeStringVector({"1k", "x", "V(n)"}));
         return true;

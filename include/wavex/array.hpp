@@ -23,6 +23,11 @@ namespace wavex {
 void* allocateBlock(size_t bytes, size_t* granted, const char* elementType);
 void releaseBlock(void* block, size_t granted) noexcept;
 
+// The largest single array the library makes; a larger request throws MemoryException at once
+// instead of exhausting the machine slowly. By default half the physical memory.
+void setAllocationLimit(size_t bytes);
+size_t allocationLimit();
+
 template <class T> struct ElementName { static constexpr const char* value = "T"; };
 template <> struct ElementName<double> { static constexpr const char* value = "double"; };
 template <> struct ElementName<std::complex<double>> { static constexpr const char* value = "complex"; };

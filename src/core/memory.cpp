@@ -8,7 +8,9 @@
 #include "wavex/exceptions.hpp"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <mutex>
 #include <vector>
@@ -39,9 +41,21 @@ void* mapLarge(size_t bytes) {
     return p;
 }
 
+std::atomic<size_t>& limit() {
+    static std::atomic<size_t> bytes = [] {
+        long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
+        return pages > 0 && size > 0 ? static_cast<size_t>(pages) * static_cast<size_t>(size) / 2 : SIZE_MAX / 4;
+    }();
+    return bytes;
+}
+
 }  // namespace
 
+void setAllocationLimit(size_t bytes) { limit() = bytes; }
+size_t allocationLimit() { return limit(); }
+
 void* allocateBlock(size_t bytes, size_t* granted, const char* elementType) {
+    if (bytes > limit()) throw MemoryException(elementType);
     if (bytes < kLargeBlock) {
         void* p = std::malloc(bytes ? bytes : 1);
         if (!p) throw MemoryException(elementType);

@@ -380,6 +380,16 @@ TEST(Exceptions, StatusAndMessage) {
     EXPECT_EQ(m.status(), 5);
     EXPECT_STREQ(m.what(), "*** Fatal error, out of memory ***\nDetected in YVector<double>::allocPrim");
     EXPECT_THROW(Array<double>(size_t{1} << 62), MemoryException);
+
+    // Beyond the allocation limit a request fails at once, and the host reports it.
+    size_t saved = allocationLimit();
+    setAllocationLimit(1 << 20);
+    EXPECT_THROW(Array<double>(1 << 18), MemoryException);
+    Session wx;
+    EXPECT_EQ(wx("unitvec(200000)"), nullptr);
+    EXPECT_EQ(wx.messages(), "*** Fatal error, out of memory ***\nDetected in YVector<double>::allocPrim");
+    setAllocationLimit(saved);
+    EXPECT_EQ(wx("unitvec(200000)")->size(), 200000u);
 }
 
 TEST(Options, DeclaredDefaultsAndSetting) {
