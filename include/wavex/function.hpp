@@ -259,7 +259,7 @@ public:
     ResultAllocType allocType() const { return allocType_; }
     int64_t allocTotal() const { return total_; }
     VDType type() const { return v_->type; }
-    // The finished vector; the result is empty afterwards.
+    // The finished vector. The result is spent afterwards: the host takes it once.
     VectorPtr release();
 
 private:

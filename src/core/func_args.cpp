@@ -233,13 +233,16 @@ bool FuncResult::copyRefFromArgs(const FuncArgs& args, ResultAllocType allocType
     const Reference& ref = w.vec->ref;
     realRef_.reset();
     complexRef_.reset();
-    if (!ref.present()) {
+    if (ref.present()) {
+        v_->ref = ref.window(w.begin, w.length);
+        refType_ = ref.type;
+    } else {
+        PhysType phys = v_->ref.phys;
         v_->ref = Reference{};
+        v_->ref.phys = phys;
         refType_ = VD_NONE;
-        return true;
     }
-    v_->ref = ref.window(w.begin, w.length);
-    refType_ = ref.type;
+    // An argument seen whole passes on its divisions to a result as long as it.
     if (w.divisions > 1 && v_->size() == w.length) {
         starts_.clear();
         for (int d = 0; d < w.divisions; ++d) starts_.push_back(w.vec->divisionStart(w.firstDivision + d) - w.begin);
@@ -299,12 +302,9 @@ int64_t FuncResult::length() const { return static_cast<int64_t>(shared_ ? share
 
 void FuncResult::setCurrentDivision(int division) { current_ = std::max(division, 0); }
 
+// The result is spent afterwards: the host takes it once.
 VectorPtr FuncResult::release() {
-    if (shared_) {
-        VectorPtr r = std::move(shared_);
-        emptyVectors();
-        return r;
-    }
+    if (shared_) return std::move(shared_);
     Vector& v = *v_;
     if (realRef_) v.ref = Reference::fromReal(std::move(*realRef_), v.ref.phys, v.ref.name);
     else if (complexRef_) v.ref = Reference::fromComplex(std::move(*complexRef_), v.ref.phys, v.ref.name);
@@ -315,9 +315,7 @@ VectorPtr FuncResult::release() {
     }
     if (starts_.size() > 1) v.divisionStarts = starts_;
     if (v.labels.size() != v.numDivisions() && !v.labels.empty()) v.labels.resize(v.numDivisions());
-    VectorPtr r = std::move(v_);
-    emptyVectors();
-    return r;
+    return std::move(v_);
 }
 
 }  // namespace wavex

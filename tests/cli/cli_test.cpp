@@ -182,8 +182,8 @@ TEST(Cli, Data) {
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
               "1\n\n"
-              "# R=1k\ntime [s]  time [s]\n0         0\n1u        1u\n\n"
-              "# R=2k\ntime [s]  time [s]\n0         0\n1u        1u\n\n"
+              "# R=1k\n0 s\n1u s\n\n"
+              "# R=2k\n0 s\n1u s\n\n"
               "2\n3\n");
 
     // A file that cannot be loaded stops the run before any statement.

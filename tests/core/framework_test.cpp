@@ -251,6 +251,14 @@ TEST_F(Framework, WholeArgumentResultKeepsTheDivisionsOfItsReference) {
     EXPECT_EQ(r->divisionLength(2), 4u);
     EXPECT_EQ(r->label(0), "R=1k");
     EXPECT_EQ(xs(r).size(), 9u);
+    // Without x-values the divisions still pass on.
+    auto bare = std::make_shared<Vector>(*threeRuns());
+    bare->ref = Reference{};
+    wx.wx.setVector("bare", bare);
+    VectorPtr b = wx("_TestCopyWhole(bare)");
+    EXPECT_EQ(b->numDivisions(), 3u);
+    EXPECT_EQ(b->label(2), "R=3k");
+    EXPECT_FALSE(b->ref.present());
 }
 
 TEST_F(Framework, FailuresAndWarnings) {

@@ -1,0 +1,49 @@
+#include "support/numbers.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace wavex {
+namespace {
+
+TEST(Numbers, PlainNumbers) {
+    EXPECT_EQ(parseNumber("1.5"), 1.5);
+    EXPECT_EQ(parseNumber("+2e-3"), 2e-3);
+    EXPECT_EQ(parseNumber("-1e-999"), -0.0);  // too small: the nearest double
+    EXPECT_TRUE(std::isinf(*parseNumber("-inf")));
+    EXPECT_TRUE(std::isnan(*parseNumber("nan")));
+    for (const char* bad : {"", "1e999", "-1e400", "1.5x", " 1", "1k", "+"}) EXPECT_FALSE(parseNumber(bad)) << bad;
+}
+
+TEST(Numbers, EngineeringSuffixes) {
+    struct Case { const char* text; double value; };
+    const Case cases[] = {
+        {"2.2u", 2.2e-6}, {"10meg", 1e7}, {"10MEG", 1e7}, {"1k", 1e3}, {"3.3nF", 3.3e-9}, {"1kHz", 1e3},
+        {"10mV", 1e-2},   {"5f", 5e-15},  {"7p", 7e-12},   {"2g", 2e9}, {"1t", 1e12},       {"4x", 4},
+        {"-1.5e3k", -1.5e6}, {"1e-3m", 1e-6}, {".5", 0.5}, {"inf", HUGE_VAL},
+    };
+    for (const Case& c : cases) EXPECT_EQ(parseEngineeringNumber(c.text), c.value) << c.text;
+    EXPECT_FALSE(parseEngineeringNumber("k1"));
+    EXPECT_FALSE(parseEngineeringNumber("1k 2"));
+    double v = 0;
+    EXPECT_EQ(scanEngineeringNumber("2.5megabytes+1", &v), 12u);  // the unit's letters belong to it
+    EXPECT_EQ(v, 2.5e6);
+}
+
+TEST(Numbers, TextForPeopleAndForMachines) {
+    struct Case { double value; const char* text; };
+    const Case engineering[] = {
+        {0, "0"}, {20, "20"}, {0.0015, "1.5m"}, {999.9999999, "1k"}, {2e6, "2Meg"}, {-4.7e-9, "-4.7n"},
+        {1e-20, "1e-20"}, {123456789, "123.457Meg"}, {NAN, "NaN"}, {-INFINITY, "-Inf"},
+    };
+    for (const Case& c : engineering) EXPECT_EQ(formatEngineering(c.value), c.text) << c.value;
+    for (double x : {0.1, 1.0 / 3, 1e300, 5e-324, -2.5}) EXPECT_EQ(*parseNumber(formatRoundTrip(x)), x);
+    EXPECT_EQ(formatRoundTrip(0.1), "0.1");
+    EXPECT_EQ(truncateToInt32(-3.9), -3);
+    EXPECT_EQ(truncateToInt32(1e20), INT32_MAX);
+    EXPECT_EQ(truncateToInt32(NAN), INT32_MIN);
+}
+
+}  // namespace
+}  // namespace wavex
