@@ -1,123 +1,132 @@
 #!/usr/bin/python3
-"""The element-wise family beside numpy and beside the machine's memory bandwidth.
+"""wavex beside its peers (numpy, scipy) and beside the machine's memory bandwidth, in one run.
 
-Runs the Elementwise_* Google Benchmarks (JSON output) and numpy doing the same work on data of
-the same size and distribution, and prints for each: nanoseconds per element, the ratio to a plain
-copy loop of the same size (how many copies' worth of time it takes) and the speed-up over numpy.
+Every bench/peers_*.py module has a function peers() that returns entries
+    (Google Benchmark name, elements per iteration, zero-argument callable[, wanted speed-up])
+where the callable does with numpy/scipy the work the named benchmark does with wavex, on data
+prepared beforehand. This script runs each named benchmark of the wavex_bench binary (JSON output)
+and the peer's callable, and prints nanoseconds per element, the ratio to a plain copy loop of
+10^7 doubles (the memory-bandwidth bound: how many copies' worth of time the work takes) and the
+speed-up over the peer. Benchmarks without a peer are listed after, in ns per element.
 
-    /usr/bin/python3 bench/compare.py [path/to/wavex_bench]
+    /usr/bin/python3 bench/compare.py [path/to/wavex_bench] [--filter REGEX]
 
-Without a path it uses $WAVEX_BENCH_BINARY, else build/wavex_bench under the repository.
-Times are CPU times (best of several runs), so that other processes competing for the processor
-sway the figures less; they still compete for the memory bus.
+Without a path it uses $WAVEX_BENCH_BINARY, else build/wavex_bench. Times are CPU times, the best
+of several runs, so that other processes competing for the processor sway the figures less.
 """
+import argparse
+import gc
+import glob
+import importlib.util
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
 import time
 
-import numpy as np
-
-N = 10_000_000
 REPETITIONS = 5
-
-# (label, benchmark, numpy equivalent, wanted speed-up over numpy or None)
-CASES = [
-    ("db of complex", "Elementwise_DbComplex", lambda x, z: 20 * np.log10(np.abs(z)), 3.0),
-    ("sin of real", "Elementwise_SinReal", lambda x, z: np.sin(x), 1.0),
-    ("phase of complex", "Elementwise_PhaseComplex", lambda x, z: np.unwrap(np.angle(z)), 5.0),
-    ("mean", "Elementwise_MeanReal", lambda x, z: np.mean(x), 1.0),
-    ("v*2+1 (evaluator)", "Elementwise_TimesPlusEvaluate", lambda x, z: x * 2 + 1, None),
-    ("copy loop", "Elementwise_CopyLoop", lambda x, z: x.copy(), None),
-]
-SCALAR_CASES = [
-    ("sin(1) via evaluate", "Elementwise_ScalarSinEvaluate"),
-    ("sin(1) via callFunction", "Elementwise_ScalarSinCall"),
-]
+HERE = os.path.dirname(os.path.abspath(__file__))
+BASELINE = ("Elementwise_CopyLoop", 10_000_000)
 
 
-def bench_binary():
-    if len(sys.argv) > 1:
-        return sys.argv[1]
-    if os.environ.get("WAVEX_BENCH_BINARY"):
-        return os.environ["WAVEX_BENCH_BINARY"]
-    return os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "build", "wavex_bench")
-
-
-def run_benchmark(binary, name):
-    """Best CPU time of one benchmark in ns, or the reason it gave none. Each runs in a process
-    of its own, so one that fails cannot take the others with it."""
+def run_benchmarks(binary, pattern):
+    """{name: best CPU time in ns or the reason there is none} for the benchmarks matching."""
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        run = subprocess.run(
-            [binary, f"--benchmark_filter=^{name}$", f"--benchmark_repetitions={REPETITIONS}",
-             f"--benchmark_out={out.name}", "--benchmark_out_format=json"],
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        if run.returncode != 0:
-            return f"the benchmark exited with status {run.returncode}"
-        report = json.load(open(out.name))
+        run = subprocess.run([binary, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={REPETITIONS}",
+                              f"--benchmark_out={out.name}", "--benchmark_out_format=json"],
+                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        try:
+            report = json.load(open(out.name))
+        except ValueError:
+            return {}
     scale = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-    best = None
-    for b in report["benchmarks"]:
+    times = {}
+    for b in report.get("benchmarks", []):
+        name = b.get("run_name", b["name"])
         if b.get("error_occurred"):
-            return b.get("error_message", "error")
-        if b.get("run_type") != "aggregate":
+            times[name] = b.get("error_message", "error")
+        elif b.get("run_type") != "aggregate":
             t = b["cpu_time"] * scale[b["time_unit"]]
-            best = t if best is None else min(best, t)
-    return best if best is not None else "not run"
+            old = times.get(name)
+            times[name] = t if not isinstance(old, float) else min(old, t)
+    if run.returncode != 0:
+        for name in times:
+            times.setdefault(name, f"exited with status {run.returncode}")
+    return times
 
 
-def numpy_time(fn, *args):
-    """Best of REPETITIONS calls, after one warm-up call, in ns."""
-    fn(*args)
+def best_time(fn):
+    """Best of REPETITIONS calls after a warm-up, in ns of CPU time."""
+    fn()
     best = float("inf")
     for _ in range(REPETITIONS):
         start = time.process_time()
-        fn(*args)
+        fn()
         best = min(best, time.process_time() - start)
     return best * 1e9
 
 
+def load_peer_modules():
+    for path in sorted(glob.glob(os.path.join(HERE, "peers_*.py"))):
+        spec = importlib.util.spec_from_file_location(os.path.basename(path)[:-3], path)
+        module = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(module)
+        yield os.path.basename(path)[6:-3], module
+
+
 def main():
-    binary = bench_binary()
-    if not os.path.exists(binary):
-        sys.exit(f"no benchmark binary at {binary}: build with -DWAVEX_BENCH=ON or pass its path")
-    wavex = {name: run_benchmark(binary, name) for _, name, *_ in CASES + SCALAR_CASES}
+    parser = argparse.ArgumentParser()
+    parser.add_argument("binary", nargs="?", default=os.environ.get(
+        "WAVEX_BENCH_BINARY", os.path.join(HERE, "..", "build", "wavex_bench")))
+    parser.add_argument("--filter", default=".", help="only benchmarks whose name matches")
+    args = parser.parse_args()
+    if not os.path.exists(args.binary):
+        sys.exit(f"no benchmark binary at {args.binary}: build with -DWAVEX_BENCH=ON or pass its path")
+    wanted = re.compile(args.filter)
 
-    # The same distributions as the benchmarks: uniform in [-100, 100].
-    rng = np.random.default_rng(1)
-    x = rng.uniform(-100, 100, N)
-    z = rng.uniform(-100, 100, N) + 1j * rng.uniform(-100, 100, N)
-
-    copy = wavex.get("Elementwise_CopyLoop")
-    copy_ns = copy / N if isinstance(copy, float) else None
-    print(f"{N:,} points; CPU times, the best of {REPETITIONS} runs\n")
-    print(f"{'operation':<22}{'wavex ns/elem':>14}{'x copy loop':>13}{'numpy ns/elem':>15}"
-          f"{'speed-up':>10}  target")
-    missed = 0
-    for label, name, fn, wanted in CASES:
-        np_ns = numpy_time(fn, x, z) / N
-        t = wavex.get(name, "not run")
-        if not isinstance(t, float):
-            print(f"{label:<22}{'-':>14}{'-':>13}{np_ns:>15.3f}{'-':>10}  ({t})")
+    wavex = run_benchmarks(args.binary, ".")
+    if not wavex:  # one benchmark brought the run down: run them one by one
+        listing = subprocess.run([args.binary, "--benchmark_list_tests"], capture_output=True, text=True).stdout
+        for name in listing.split():
+            wavex.update(run_benchmarks(args.binary, "^" + re.escape(name) + "$") or {name: "crashed"})
+    base = wavex.get(BASELINE[0])
+    copy_ns = base / BASELINE[1] if isinstance(base, float) else None
+    print(f"CPU times, the best of {REPETITIONS} runs; copy loop {copy_ns:.3f} ns per double\n" if copy_ns
+          else f"CPU times, the best of {REPETITIONS} runs; no copy-loop baseline\n")
+    print(f"{'benchmark':<40}{'ns/elem':>10}{'x copy':>8}{'peer ns/elem':>14}{'speed-up':>10}  target")
+    missed, seen = 0, set()
+    for family, module in load_peer_modules():
+        entries = [e for e in module.peers() if wanted.search(e[0])]
+        if not entries:
             continue
-        ns = t / N
-        ratio_copy = f"{ns / copy_ns:.2f}" if copy_ns else "-"
-        speedup = np_ns / ns
-        verdict = ""
-        if wanted is not None:
-            ok = speedup >= wanted
-            missed += not ok
-            verdict = f">= {wanted:g}x {'ok' if ok else 'MISSED'}"
-        print(f"{label:<22}{ns:>14.3f}{ratio_copy:>13}{np_ns:>15.3f}{speedup:>9.2f}x  {verdict}")
+        print(f"-- {family}")
+        for name, elements, fn, *target in entries:
+            seen.add(name)
+            peer_ns = best_time(fn) / elements
+            t = wavex.get(name, "not run")
+            if not isinstance(t, float):
+                print(f"{name:<40}{'-':>10}{'-':>8}{peer_ns:>14.3f}{'-':>10}  ({t})")
+                continue
+            ns = t / elements
+            ratio = f"{ns / copy_ns:.2f}" if copy_ns else "-"
+            speedup = peer_ns / ns
+            verdict = ""
+            if target:
+                ok = speedup >= target[0]
+                missed += not ok
+                verdict = f">= {target[0]:g}x {'ok' if ok else 'MISSED'}"
+            print(f"{name:<40}{ns:>10.3f}{ratio:>8}{peer_ns:>14.3f}{speedup:>9.2f}x  {verdict}")
+        del entries, module
+        gc.collect()
 
-    print(f"\n{'scalar call':<26}{'wavex ns/call':>14}")
-    for label, name in SCALAR_CASES:
-        t = wavex.get(name, "not run")
-        print(f"{label:<26}{t:>14.1f}" if isinstance(t, float) else f"{label:<26}{'-':>14}  ({t})")
-    one = np.float64(1.0)
-    print(f"{'numpy: np.sin(1.0)':<26}{numpy_time(lambda: [np.sin(one) for _ in range(1000)]) / 1000:>14.1f}")
+    others = sorted(n for n in wavex if n not in seen and wanted.search(n))
+    if others:
+        print("\n-- without a peer (ns per iteration)")
+        for name in others:
+            t = wavex[name]
+            print(f"{name:<40}{t:>14.1f}" if isinstance(t, float) else f"{name:<40}{'-':>14}  ({t})")
     return 1 if missed else 0
 
 
