@@ -156,13 +156,14 @@ TEST_F(Framework, RegistrationEndsWithItsObject) {
 }
 
 TEST_F(Framework, HostChecksCountsAndKinds) {
+    wx.wx.setVector("z", makeComplexVector({{1, 2}}));
     struct Case { const char* expression; const char* message; };
     const Case cases[] = {
         {"_TestAddPairs(1)", "Function '_TestAddPairs' takes 2 arguments, not 1"},
         {"_TestShapeEach(1, 2)", "Function '_TestShapeEach' takes 1 argument, not 2"},
         {"_TestFailLoudly(1, 2, 3)", "Function '_TestFailLoudly' takes 0 to 2 arguments, not 3"},
         {"_TestAddPairs(1, 'x')", "Argument 2 of function '_TestAddPairs' must be real, not a string"},
-        {"_TestAddPairs(1, (1, 2))", "Argument 2 of function '_TestAddPairs' must be real, not complex"},
+        {"_TestAddPairs(1, z)", "Argument 2 of function '_TestAddPairs' must be real, not complex"},
         {"_TestShapeEach('x')", "Argument 1 of function '_TestShapeEach' must be a number, not a string"},
         {"_TestString(2)", "Argument 1 of function '_TestString' must be a string, not real"},
         {"nosuch(1)", "Unknown function 'nosuch'"},
@@ -171,7 +172,6 @@ TEST_F(Framework, HostChecksCountsAndKinds) {
         EXPECT_EQ(wx(c.expression), nullptr) << c.expression;
         EXPECT_EQ(wx.messages(), c.message) << c.expression;
     }
-    wx.wx.setVector("z", makeComplexVector({{1, 2}}));
     EXPECT_EQ(wx("_TestAddPairs(z, 1)"), nullptr);
     EXPECT_EQ(wx.messages(), "Argument 1 of function '_TestAddPairs' must be real, not complex");
     // An empty vector is of whatever kind the position takes.
