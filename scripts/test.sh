@@ -5,7 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 jobs=2
-fuzz_seconds=${WAVEX_FUZZ_SECONDS:-30}
+fuzz_seconds=${WAVEX_FUZZ_SECONDS:-20}
 
 echo "== release build and tests"
 cmake -S . -B build -G Ninja -DWAVEX_TESTS=ON -DWAVEX_BENCH=ON >/dev/null
