@@ -1,0 +1,68 @@
+// Resampling and crossing searches as the host calls them (callFunction, which allocates the
+// result), at 10^6 and 10^7 points to show the work is linear. bench/peers_interpolation.py
+// does the same work with numpy.
+#include "wavex/wavex.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <map>
+#include <numbers>
+
+namespace wavex {
+namespace {
+
+YRef<MessageHandler> sink() {
+    static const auto s = std::make_shared<CollectingMessageHandler>();
+    return s;
+}
+
+// n points over x in [0, 1] of a sine of 1000 periods: a long transient as an adaptive-step
+// simulator writes it, its step swinging smoothly between 0.5 and 1.5 times the mean every few
+// thousand points. Made once per size.
+const VectorPtr& transient(int64_t n) {
+    static std::map<int64_t, VectorPtr> made;
+    VectorPtr& v = made[n];
+    if (!v) {
+        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+        double t = 0;
+        for (size_t i = 0; i < x.size(); ++i) {
+            x[i] = t;
+            t += 1 + 0.5 * std::sin(static_cast<double>(i) * 0.001);
+        }
+        for (size_t i = 0; i < x.size(); ++i) {
+            x[i] /= x.back();
+            y[i] = std::sin(2 * std::numbers::pi * 1000 * x[i]);
+        }
+        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
+    }
+    return v;
+}
+
+void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args) {
+    const FuncInfo* f = functionTable().find(name);
+    ScpParseContext context;
+    for (auto _ : state) {
+        VectorPtr out;
+        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
+            state.SkipWithError("the call failed");
+            return;
+        }
+        benchmark::DoNotOptimize(out->size());
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+}
+
+// n points resampled onto n evenly spaced points, quadratic.
+void BM_Interp(benchmark::State& state) {
+    call(state, "Interp", {transient(state.range(0)), makeScalar(static_cast<double>(state.range(0)))});
+}
+
+// Every crossing of 0 (2000 of them), quadratic.
+void BM_XFromY(benchmark::State& state) { call(state, "XFromY", {transient(state.range(0)), makeScalar(0)}); }
+
+BENCHMARK(BM_Interp)->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_XFromY)->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace wavex
