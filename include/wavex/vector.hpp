@@ -81,6 +81,11 @@ struct Vector {
 
 using VectorPtr = std::shared_ptr<const Vector>;
 
+// Element i as text: a string as it is ("" for null), a number in its shortest round-trip form
+// ("0.1", "1e+300", "nan", "inf"), a complex number as "(re,im)". This is how a number becomes
+// text where text is wanted (template values, string arguments given numbers).
+std::string elementText(const Vector& v, size_t i);
+
 // Builders for the host and for tests.
 VectorPtr makeRealVector(std::vector<double> y, PhysType phys = units::Number);
 VectorPtr makeComplexVector(std::vector<Complex> y, PhysType phys = units::Number);

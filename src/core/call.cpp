@@ -39,7 +39,8 @@ const char* wantWord(int argType) {
 
 // Checks the count and kinds of the arguments. An empty vector has no elements to be of the wrong
 // kind: where its kind is not accepted (`[]` is an empty real vector) it is passed as an empty
-// vector of the kind the position takes, collected in *adjusted.
+// vector of the kind the position takes; a number where text is wanted is passed as its text
+// (elementText). Replaced arguments are collected in *adjusted.
 bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, MessageHandler& messages,
                     std::vector<VectorPtr>* adjusted) {
     int n = static_cast<int>(args.size());
@@ -62,6 +63,14 @@ bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, Messa
             static const VectorPtr emptyStrings = makeStringVector({});
             if (adjusted->empty()) adjusted->assign(args.begin(), args.end());
             (*adjusted)[i] = (accepted & (1u << VD_REAL)) ? emptyReal : emptyStrings;
+            continue;
+        }
+        if (code == ARG_STRING) {  // a number given where text is wanted arrives as its text
+            std::vector<StrElem> text;
+            text.reserve(args[i]->size());
+            for (size_t k = 0; k < args[i]->size(); ++k) text.emplace_back(elementText(*args[i], k));
+            if (adjusted->empty()) adjusted->assign(args.begin(), args.end());
+            (*adjusted)[i] = makeStringVector(std::move(text));
             continue;
         }
         messages.error("Argument %d of function '%s' must be %s, not %s", i + 1, info.name,

@@ -1,6 +1,5 @@
 #include "wavex/template.hpp"
 
-#include "support/numbers.hpp"
 #include "wavex/dynexport.hpp"
 #include "wavex/interpreter.hpp"
 
@@ -37,13 +36,7 @@ std::string templateText(const Vector& value) {
     std::string out;
     for (size_t i = 0; i < value.size(); ++i) {
         if (i) out += ", ";
-        switch (value.type) {
-            case VD_REAL: out += formatRoundTrip(value.real[i]); break;
-            case VD_COMPLEX:
-                out += "(" + formatRoundTrip(value.cplx[i].real()) + "," + formatRoundTrip(value.cplx[i].imag()) + ")";
-                break;
-            default: out += value.str[i].value_or(""); break;
-        }
+        out += elementText(value, i);
     }
     return out;
 }

@@ -1,5 +1,7 @@
 #include "wavex/vector.hpp"
 
+#include "support/numbers.hpp"
+
 namespace wavex {
 
 Reference Reference::window(size_t start, size_t count) const {
@@ -36,6 +38,15 @@ void Vector::setDivisionLengths(const std::vector<size_t>& lengths) {
     for (size_t len : lengths) {
         divisionStarts.push_back(start);
         start += len;
+    }
+}
+
+std::string elementText(const Vector& v, size_t i) {
+    switch (v.type) {
+        case VD_REAL: return formatRoundTrip(v.real[i]);
+        case VD_COMPLEX:
+            return "(" + formatRoundTrip(v.cplx[i].real()) + "," + formatRoundTrip(v.cplx[i].imag()) + ")";
+        default: return v.str[i].value_or("");
     }
 }
 

@@ -165,7 +165,6 @@ TEST_F(Framework, HostChecksCountsAndKinds) {
         {"_TestAddPairs(1, 'x')", "Argument 2 of function '_TestAddPairs' must be real, not a string"},
         {"_TestAddPairs(1, z)", "Argument 2 of function '_TestAddPairs' must be real, not complex"},
         {"_TestShapeEach('x')", "Argument 1 of function '_TestShapeEach' must be a number, not a string"},
-        {"_TestString(2)", "Argument 1 of function '_TestString' must be a string, not real"},
         {"nosuch(1)", "Unknown function 'nosuch'"},
     };
     for (const Case& c : cases) {
@@ -174,6 +173,10 @@ TEST_F(Framework, HostChecksCountsAndKinds) {
     }
     EXPECT_EQ(wx("_TestAddPairs(z, 1)"), nullptr);
     EXPECT_EQ(wx.messages(), "Argument 1 of function '_TestAddPairs' must be real, not complex");
+    // A number where text is wanted arrives as its text.
+    VectorPtr text = wx("_TestString([2, 0.5])");
+    ASSERT_NE(text, nullptr) << wx.messages();
+    EXPECT_EQ(reals(text), (std::vector<double>{2, 1, 2}));
     // An empty vector is of whatever kind the position takes.
     VectorPtr empty = wx("_TestString([])");
     ASSERT_NE(empty, nullptr) << wx.messages();
