@@ -27,6 +27,12 @@ enum VDType : int { VD_REAL = 1, VD_COMPLEX = 2, VD_STRING = 3, VD_NONE = 5 };
 using StrElem = std::optional<std::string>;
 using DivisionLabelArray = std::vector<std::optional<std::string>>;
 
+template <class T>
+const T* nonNullData(const Array<T>& a) {
+    static const T none{};
+    return a.data() ? a.data() : &none;
+}
+
 // The x-values of a vector: as long as its y-data, real or complex, or absent (VD_NONE).
 // The values live in a shared array of which this reference sees a window, so that a result over
 // the same x-values as its argument (every element-wise function) shares them instead of copying.
@@ -41,8 +47,9 @@ struct Reference {
 
     bool present() const { return type == VD_REAL || type == VD_COMPLEX; }
     size_t size() const { return present() ? length : 0; }
-    const double* real() const { return type == VD_REAL ? realValues->data() + offset : nullptr; }
-    const Complex* cplx() const { return type == VD_COMPLEX ? complexValues->data() + offset : nullptr; }
+    // The values (never null for a reference of that kind, even an empty one).
+    const double* real() const { return type == VD_REAL ? nonNullData(*realValues) + offset : nullptr; }
+    const Complex* cplx() const { return type == VD_COMPLEX ? nonNullData(*complexValues) + offset : nullptr; }
     // The part of this reference from `start`, `count` values long (sharing the values).
     Reference window(size_t start, size_t count) const;
     // Real x-values owned by a new array.

@@ -8,6 +8,15 @@ namespace wavex {
 
 // ---- FuncArgs ----
 
+namespace {
+// Data of the right kind is never null, even when empty: handlers tell kinds apart by null.
+template <class T>
+const T* nonNull(const T* p) {
+    static const T none{};
+    return p ? p : &none;
+}
+}  // namespace
+
 FuncArgs::FuncArgs(std::span<const VectorPtr> args) {
     views_.reserve(args.size());
     for (const VectorPtr& v : args) views_.push_back(whole(v));
@@ -37,29 +46,29 @@ int64_t FuncArgs::divisionLength(int i, int division) const {
 
 const StrElem* FuncArgs::stringData(int i) const {
     const View& w = views_[i];
-    return w.vec->type == VD_STRING ? w.vec->str.data() + w.begin : nullptr;
+    return w.vec->type == VD_STRING ? nonNull(w.vec->str.data()) + w.begin : nullptr;
 }
 
 const double* FuncArgs::data(int i) const {
     const View& w = views_[i];
-    return w.vec->type == VD_REAL ? w.vec->real.data() + w.begin : nullptr;
+    return w.vec->type == VD_REAL ? nonNull(w.vec->real.data()) + w.begin : nullptr;
 }
 
 const double* FuncArgs::data(int i, int division) const {
     const View& w = views_[i];
     if (w.vec->type != VD_REAL || division < 0 || division >= w.divisions) return nullptr;
-    return w.vec->real.data() + divisionOffset(i, division);
+    return nonNull(w.vec->real.data()) + divisionOffset(i, division);
 }
 
 const Complex* FuncArgs::complexData(int i) const {
     const View& w = views_[i];
-    return w.vec->type == VD_COMPLEX ? w.vec->cplx.data() + w.begin : nullptr;
+    return w.vec->type == VD_COMPLEX ? nonNull(w.vec->cplx.data()) + w.begin : nullptr;
 }
 
 const Complex* FuncArgs::complexData(int i, int division) const {
     const View& w = views_[i];
     if (w.vec->type != VD_COMPLEX || division < 0 || division >= w.divisions) return nullptr;
-    return w.vec->cplx.data() + divisionOffset(i, division);
+    return nonNull(w.vec->cplx.data()) + divisionOffset(i, division);
 }
 
 const double* FuncArgs::refData(int i) const {
