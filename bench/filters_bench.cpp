@@ -1,6 +1,7 @@
 // FIR with 16 taps and IIR with 2 coefficients over 10^7 points, as the host calls them
 // (callFunction, which allocates the result). bench/peers_filters.py runs scipy.signal.lfilter
 // on the same data with the same coefficients.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -11,12 +12,9 @@
 namespace wavex {
 namespace {
 
-constexpr int64_t kPoints = 10'000'000;
+using bench::sink;
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
+constexpr int64_t kPoints = 10'000'000;
 
 // y_i = sin(0.001·i) + 0.25·cos(0.37·i) over x_i = i µs.
 const VectorPtr& signal() {
@@ -33,17 +31,7 @@ const VectorPtr& signal() {
 }
 
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args) {
-    const FuncInfo* f = functionTable().find(name);
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+    bench::callFunctionLoop(state, name, args);
 }
 
 // A triangular 16-tap average: c_k = (k + 1)/136.

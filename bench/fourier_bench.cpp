@@ -2,6 +2,7 @@
 // result and its frequency reference), beside FFTW's real-to-complex transform of the same size
 // with an ESTIMATE plan when FFTW is installed (it is linked into this benchmark only).
 // bench/peers_fourier.py runs numpy's rfft on the same data, windowed beforehand.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -17,10 +18,7 @@
 namespace wavex {
 namespace {
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
+using bench::sink;
 
 // y_i = sin(0.001·i) + 0.25·cos(0.37·i) over x_i = i µs, made once per size.
 const VectorPtr& signal(int64_t n) {
@@ -39,20 +37,7 @@ const VectorPtr& signal(int64_t n) {
 }
 
 // fft with its default window (the scaled Hann window).
-void BM_fft(benchmark::State& state) {
-    const FuncInfo* f = functionTable().find("fft");
-    std::vector<VectorPtr> args = {signal(state.range(0))};
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
-}
+void BM_fft(benchmark::State& state) { bench::callFunctionLoop(state, "fft", {signal(state.range(0))}); }
 BENCHMARK(BM_fft)->Arg(1 << 20)->Arg(1 << 22)->Unit(benchmark::kMillisecond);
 
 #if defined(WAVEX_HAVE_FFTW)

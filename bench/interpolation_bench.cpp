@@ -1,6 +1,7 @@
 // Resampling and crossing searches as the host calls them (callFunction, which allocates the
 // result), at 10^6 and 10^7 points to show the work is linear. bench/peers_interpolation.py
 // does the same work with numpy.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -12,10 +13,7 @@
 namespace wavex {
 namespace {
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
+using bench::sink;
 
 // n points over x in [0, 1] of a sine of 1000 periods: a long transient as an adaptive-step
 // simulator writes it, its step swinging smoothly between 0.5 and 1.5 times the mean every few
@@ -40,17 +38,7 @@ const VectorPtr& transient(int64_t n) {
 }
 
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args) {
-    const FuncInfo* f = functionTable().find(name);
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+    bench::callFunctionLoop(state, name, args);
 }
 
 // n points resampled onto n evenly spaced points, quadratic.

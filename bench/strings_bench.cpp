@@ -4,6 +4,7 @@
 // the same work on the same data; the data is built by formulas both sides share, not by a random
 // generator.
 #include "support/split.hpp"
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -14,6 +15,8 @@
 
 namespace wavex {
 namespace {
+
+using bench::sink;
 
 constexpr int64_t kLineBytes = 10'000'000;
 constexpr int64_t kSubjects = 100'000;
@@ -55,29 +58,10 @@ const VectorPtr& regexSubjects() {
     return subjects;
 }
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
-
 VectorPtr text(std::string s) { return makeStringVector({std::move(s)}); }
 
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args, int64_t items) {
-    const FuncInfo* f = functionTable().find(name);
-    if (!f) {
-        state.SkipWithError((std::string(name) + " is not registered").c_str());
-        return;
-    }
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(state.iterations() * items);
+    bench::callFunctionLoop(state, name, args, items);
 }
 
 void BM_Parse_Line(benchmark::State& state) { call(state, "Parse", {text(parseLine())}, kLineBytes); }
