@@ -31,10 +31,15 @@ struct PrintfArg {
     double real = 0;
 };
 
-// Formats `format` with `args`. Each directive takes the next argument that is not empty:
-// d i u o x X c take an integer; e E f F g G a A take a real or an integer; s takes a string.
-// `%%` is a percent sign. A directive without a matching argument, `%n`, `*` widths and unknown
-// conversions are refused: the result is nullopt and *error says why.
+// Formats `format` with `args`. Each directive, %[flags][width][.precision][length]conversion,
+// takes the next argument that is not empty: d i u o x X c take an integer, or a real truncated
+// toward zero; e E f F g G a A take a real or an integer; s takes a string. `%%` is a percent sign.
+// Flags are - + space # 0 '; length modifiers are accepted and ignored (the argument's own type
+// decides); width and precision are at most 300. Anything else is refused, the result nullopt and
+// *error saying why: a directive without an argument or with one of the wrong type, a real that is
+// not finite or lies beyond the 64-bit range for an integer conversion, `%n`, `*` widths and
+// precisions, positional `%1$d`, unknown conversions, a template ending inside a directive.
+// Arguments left over are ignored, as C does.
 std::optional<std::string> formatPrintf(std::string_view format, std::span<const PrintfArg> args,
                                         std::string* error = nullptr);
 

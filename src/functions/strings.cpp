@@ -61,19 +61,6 @@ int64_t integerArg(const FuncArgs& args, int i, int64_t absent) {
     return given(args, i) ? truncated(args.scalar(i)) : absent;
 }
 
-// The C library's atoi: leading white space, an optional sign, then decimal digits as far as they
-// go; anything else gives 0. Saturates instead of overflowing.
-int64_t atoiValue(std::string_view s) {
-    size_t i = 0;
-    while (i < s.size() && (s[i] == ' ' || (s[i] >= '\t' && s[i] <= '\r'))) ++i;
-    bool negative = i < s.size() && s[i] == '-';
-    if (i < s.size() && (s[i] == '-' || s[i] == '+')) ++i;
-    int64_t v = 0;
-    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
-        v = v > (std::numeric_limits<int64_t>::max() - 9) / 10 ? std::numeric_limits<int64_t>::max() : v * 10 + (s[i] - '0');
-    return negative ? -v : v;
-}
-
 bool withinLimit(int64_t n, const FuncInfo* info, MessageHandler& messages) {
     if (n <= kMaxElements) return true;
     messages.error("Function '%s' cannot make %d elements: the limit is %d", info->name, n, kMaxElements);

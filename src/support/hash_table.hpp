@@ -8,6 +8,8 @@
 //   count becomes 2n + 1 and every chain keeps the relative order of its entries; with L = 0 it
 //   never grows;
 // - walking the table visits buckets in index order and each chain from its head.
+// Keys are owned strings; a table keyed by std::string_view copies no text and refers to strings
+// that outlive it (the arguments of a call, for the tables a function uses while it runs).
 #pragma once
 
 #include "support/text.hpp"
@@ -20,12 +22,13 @@
 
 namespace wavex {
 
-template <class T>
+template <class T, class Key = std::string>
 class ChainedHashTable {
 public:
     struct Entry {
-        std::string key;
+        Key key;
         T value;
+        uint32_t hash;  // hashValue(key): lookups and growth compare and place by it, not by the text
     };
 
     explicit ChainedHashTable(size_t buckets = 101, unsigned loadLimit = 0)
@@ -35,16 +38,18 @@ public:
     size_t bucketCount() const { return buckets_.size(); }
     size_t bucketOf(std::string_view key) const { return hashValue(key) % buckets_.size(); }
 
-    void insert(std::string key, T value) {
-        buckets_[bucketOf(key)].push_front(Entry{std::move(key), std::move(value)});
+    void insert(Key key, T value) {
+        uint32_t h = hashValue(key);
+        buckets_[h % buckets_.size()].push_front(Entry{std::move(key), std::move(value), h});
         ++size_;
         if (loadLimit_ && size_ / loadLimit_ > buckets_.size()) grow();
     }
 
     // The first (newest) entry with this key, or null.
     T* find(std::string_view key) {
-        for (Entry& e : buckets_[bucketOf(key)])
-            if (iequals(e.key, key)) return &e.value;
+        uint32_t h = hashValue(key);
+        for (Entry& e : buckets_[h % buckets_.size()])
+            if (e.hash == h && iequals(e.key, key)) return &e.value;
         return nullptr;
     }
     const T* find(std::string_view key) const { return const_cast<ChainedHashTable*>(this)->find(key); }
@@ -52,16 +57,18 @@ public:
     // Calls f(entry) for every entry with this key, newest first.
     template <class F>
     void forEachMatch(std::string_view key, F f) const {
-        for (const Entry& e : buckets_[bucketOf(key)])
-            if (iequals(e.key, key)) f(e);
+        uint32_t h = hashValue(key);
+        for (const Entry& e : buckets_[h % buckets_.size()])
+            if (e.hash == h && iequals(e.key, key)) f(e);
     }
 
     // Removes every entry with this key; returns how many.
     size_t removeAll(std::string_view key) {
-        auto& chain = buckets_[bucketOf(key)];
+        uint32_t h = hashValue(key);
+        auto& chain = buckets_[h % buckets_.size()];
         size_t before = size_;
         chain.remove_if([&](const Entry& e) {
-            if (!iequals(e.key, key)) return false;
+            if (e.hash != h || !iequals(e.key, key)) return false;
             --size_;
             return true;
         });
@@ -81,15 +88,21 @@ public:
     }
 
 private:
+    // Moves the nodes, allocating none. The old buckets are taken from the last to the first and
+    // each chain from its head, every entry going to the tail of its new chain: a new chain holds
+    // the entries of higher old buckets first, each group in its old relative order.
     void grow() {
         std::vector<std::forward_list<Entry>> old(2 * buckets_.size() + 1);
         old.swap(buckets_);
-        for (auto& chain : old) {
-            // Re-insert from the tail so each new chain keeps the old relative order.
-            std::vector<Entry*> entries;
-            for (Entry& e : chain) entries.push_back(&e);
-            for (auto it = entries.rbegin(); it != entries.rend(); ++it)
-                buckets_[bucketOf((*it)->key)].push_front(std::move(**it));
+        std::vector<typename std::forward_list<Entry>::iterator> tails;
+        tails.reserve(buckets_.size());
+        for (auto& chain : buckets_) tails.push_back(chain.before_begin());
+        for (auto chain = old.rbegin(); chain != old.rend(); ++chain) {
+            while (!chain->empty()) {
+                size_t b = chain->front().hash % buckets_.size();
+                buckets_[b].splice_after(tails[b], *chain, chain->before_begin());
+                ++tails[b];
+            }
         }
     }
 

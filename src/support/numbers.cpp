@@ -2,6 +2,7 @@
 
 #include "support/text.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -109,27 +110,50 @@ std::string formatRoundTrip(double value) {
     return std::string(buf, end);
 }
 
-std::string formatEngineering(double value, int digits) {
+std::string formatEngineering(double value, int digits, bool keepTrailingZeros) {
     if (std::isnan(value)) return "NaN";
     if (std::isinf(value)) return value > 0 ? "Inf" : "-Inf";
-    if (value == 0) return std::signbit(value) ? "-0" : "0";
+    digits = std::clamp(digits, 1, 17);
+    // Round once, in decimal: "-d.ddde+XX" gives the sign, the digits and the power of ten.
+    char buf[40];
+    char* end = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific, digits - 1).ptr;
+    std::string_view text(buf, static_cast<size_t>(end - buf));
+    bool negative = text.front() == '-';
+    if (negative) text.remove_prefix(1);
+    size_t e = text.find('e');
+    std::string mantissa(1, text[0]);
+    if (e > 1) mantissa.append(text.substr(2, e - 2));  // the digits after the point
+    int exponent = std::atoi(std::string(text.substr(e + 1)).c_str());
+
+    std::string out = negative ? "-" : "";
+    auto appendFraction = [&](std::string_view fraction) {
+        if (!keepTrailingZeros) fraction = fraction.substr(0, fraction.find_last_not_of('0') + 1);
+        if (!fraction.empty()) out.append(".").append(fraction);
+    };
+    if (exponent < -15 || exponent > 14) {
+        out += mantissa[0];
+        appendFraction(std::string_view(mantissa).substr(1));
+        char power[16];
+        std::snprintf(power, sizeof power, "e%c%02d", exponent < 0 ? '-' : '+', std::abs(exponent));
+        return out + power;
+    }
     static const char* const kPrefix[] = {"f", "p", "n", "u", "m", "", "k", "Meg", "G", "T"};
-    char buf[64];
-    double magnitude = std::fabs(value);
-    if (magnitude < 1e-15 || magnitude >= 1e15) {
-        std::snprintf(buf, sizeof buf, "%.*g", digits, value);
-        return buf;
-    }
-    int exp3 = static_cast<int>(std::floor(std::log10(magnitude) / 3)) * 3;
-    for (;;) {
-        double mantissa = value / std::pow(10.0, exp3);
-        std::snprintf(buf, sizeof buf, "%.*g", digits, mantissa);
-        double shown = std::fabs(std::strtod(buf, nullptr));
-        if (shown >= 1000 && exp3 < 12) { exp3 += 3; continue; }  // rounding carried to 1000
-        if (shown < 1 && exp3 > -15) { exp3 -= 3; continue; }
-        break;
-    }
-    return std::string(buf) + kPrefix[exp3 / 3 + 5];
+    int shift = ((exponent % 3) + 3) % 3;  // integer digits beyond the first
+    if (mantissa.size() < static_cast<size_t>(shift) + 1) mantissa.resize(static_cast<size_t>(shift) + 1, '0');
+    out.append(mantissa, 0, static_cast<size_t>(shift) + 1);
+    appendFraction(std::string_view(mantissa).substr(static_cast<size_t>(shift) + 1));
+    return out + kPrefix[(exponent - shift) / 3 + 5];
+}
+
+int64_t atoiValue(std::string_view s) {
+    size_t i = 0;
+    while (i < s.size() && (s[i] == ' ' || (s[i] >= '\t' && s[i] <= '\r'))) ++i;
+    bool negative = i < s.size() && s[i] == '-';
+    if (i < s.size() && (s[i] == '-' || s[i] == '+')) ++i;
+    int64_t v = 0;
+    for (; i < s.size() && s[i] >= '0' && s[i] <= '9'; ++i)
+        v = v > (std::numeric_limits<int64_t>::max() - 9) / 10 ? std::numeric_limits<int64_t>::max() : v * 10 + (s[i] - '0');
+    return negative ? -v : v;
 }
 
 namespace {

@@ -17,16 +17,29 @@ std::optional<double> parseNumber(std::string_view text);
 // (f p n u m k meg g t, any case; letters after a suffix are part of it, as in "10mV" or "1kHz"),
 // or 0 when `text` does not start with a number. *value receives the scaled value.
 size_t scanEngineeringNumber(std::string_view text, double* value);
-// The whole text as an engineering number.
+// The whole text as an engineering number (the support library's sp_ConvertEngToReal): an optional
+// sign, then a number as scanEngineeringNumber reads it ("1.5k", "2.2u", "10meg", "1e-3", "2e3k",
+// "1kHz"), or "inf", "infinity" or "nan" in any case. No white space is skipped.
 std::optional<double> parseEngineeringNumber(std::string_view text);
 
 // The shortest text that reads back to the same double ("0.1", "1e+300", "nan", "inf", "-inf").
 std::string formatRoundTrip(double value);
 
-// Engineering notation for people: `digits` significant digits, an SI prefix (f p n u m k Meg G T,
-// mega written "Meg" as the language reads it, since "M" would read back as milli), trailing zeros
-// dropped: 0.0015 -> "1.5m", 20 -> "20", 2e6 -> "2Meg".
-std::string formatEngineering(double value, int digits = 6);
+// Engineering notation for people (the support library's sp_ConvertRealToJSEng). The value is
+// rounded to `digits` significant digits (below 1 taken as 1, above 17 as 17, all a double holds),
+// then written as a mantissa of one to three integer digits and the SI prefix of its power of a
+// thousand: f p n u m (none) k Meg G T for 1e-15 up to 1e12 (mega is "Meg" as the language reads
+// it, since "M" would read back as milli). Trailing zeros of the fraction are dropped, and then the
+// point, unless `keepTrailingZeros`: 0.0015 -> "1.5m", 20 -> "20", 2e6 -> "2Meg", 999.9999 -> "1k";
+// 1500 with 3 digits and the zeros kept -> "1.50k". A rounded value below 1e-15 or from 1e15 up is
+// written in exponent form as C's "%e" would, without the point and zeros when they are dropped:
+// "2e-18", "1.5e+15". Zero is "0" ("-0" when negative; "0.00" with 3 digits kept); NaN, Inf and
+// -Inf are written so. parseEngineeringNumber (sp_ConvertEngToReal) reads every form back.
+std::string formatEngineering(double value, int digits = 6, bool keepTrailingZeros = false);
+
+// The C library's atoi without its undefined overflow: leading white space, an optional sign, then
+// decimal digits as far as they go; anything else gives 0. Saturates instead of overflowing.
+int64_t atoiValue(std::string_view s);
 
 // A count, index, handle or code given as a script number: truncated toward zero and saturated to
 // the integer's range. NaN gives the smallest value, which no count, index or handle equals.

@@ -13,6 +13,9 @@ bool fail(std::string* error, std::string why) {
     return false;
 }
 
+// Whether c is one of the characters of `set` (a NUL byte of the template never is).
+bool oneOf(const char* set, char c) { return c != '\0' && std::strchr(set, c) != nullptr; }
+
 }  // namespace
 
 std::optional<std::string> formatPrintf(std::string_view format, std::span<const PrintfArg> args,
@@ -41,7 +44,7 @@ std::optional<std::string> formatPrintf(std::string_view format, std::span<const
         // %[flags][width][.precision][length]conversion
         size_t j = i + 1;
         std::string spec = "%";
-        while (j < format.size() && std::strchr("-+ #0'", format[j])) spec += format[j++];
+        while (j < format.size() && oneOf("-+ #0'", format[j])) spec += format[j++];
         // Width and precision are bounded so that one directive fits the buffer below.
         auto digits = [&]() {
             int value = 0;
@@ -60,7 +63,7 @@ std::optional<std::string> formatPrintf(std::string_view format, std::span<const
             fail(error, "format width or precision too large");
             return std::nullopt;
         }
-        while (j < format.size() && std::strchr("hlLqjzt", format[j])) ++j;  // we choose the length
+        while (j < format.size() && oneOf("hlLqjzt", format[j])) ++j;  // we choose the length
         if (j >= format.size()) {
             fail(error, "incomplete format directive at end of template");
             return std::nullopt;
@@ -75,16 +78,45 @@ std::optional<std::string> formatPrintf(std::string_view format, std::span<const
             fail(error, "more format directives than values");
             return std::nullopt;
         }
+        // One directive gives at most some 620 bytes ("%.300f" of 1e308); the rare longer text
+        // is formatted again at its full length.
         char buf[512];
         int n = -1;
-        if (std::strchr("diouxXc", conv)) {
-            if (arg->tag != PrintfArg::Integer) {
+        std::string directive;
+        auto print = [&](auto value) {
+            n = std::snprintf(buf, sizeof buf, directive.c_str(), value);
+            if (n >= static_cast<int>(sizeof buf)) {
+                size_t at = out.size();
+                out.resize(at + static_cast<size_t>(n) + 1);
+                std::snprintf(out.data() + at, static_cast<size_t>(n) + 1, directive.c_str(), value);
+                out.resize(at + static_cast<size_t>(n));
+                n = 0;
+            }
+        };
+        if (oneOf("diouxXc", conv)) {
+            long long v = 0;
+            if (arg->tag == PrintfArg::Integer) {
+                v = arg->integer;
+            } else if (arg->tag == PrintfArg::Real) {
+                // -2^63 <= x < 2^63: truncation toward zero fits a long long.
+                if (!(arg->real >= -9223372036854775808.0 && arg->real < 9223372036854775808.0)) {
+                    fail(error, std::string("format directive '%") + conv +
+                                    "' needs a finite number within the 64-bit integer range");
+                    return std::nullopt;
+                }
+                v = static_cast<long long>(arg->real);
+            } else {
                 fail(error, std::string("format directive '%") + conv + "' needs an integer");
                 return std::nullopt;
             }
-            if (conv == 'c') n = std::snprintf(buf, sizeof buf, (spec + "c").c_str(), static_cast<int>(arg->integer));
-            else n = std::snprintf(buf, sizeof buf, (spec + "ll" + conv).c_str(), static_cast<long long>(arg->integer));
-        } else if (std::strchr("eEfFgGaA", conv)) {
+            if (conv == 'c') {
+                directive = spec + "c";
+                print(static_cast<int>(static_cast<unsigned char>(v)));
+            } else {
+                directive = spec + "ll" + conv;
+                print(v);
+            }
+        } else if (oneOf("eEfFgGaA", conv)) {
             double v;
             if (arg->tag == PrintfArg::Real) v = arg->real;
             else if (arg->tag == PrintfArg::Integer) v = static_cast<double>(arg->integer);
@@ -92,7 +124,8 @@ std::optional<std::string> formatPrintf(std::string_view format, std::span<const
                 fail(error, std::string("format directive '%") + conv + "' needs a number");
                 return std::nullopt;
             }
-            n = std::snprintf(buf, sizeof buf, (spec + conv).c_str(), v);
+            directive = spec + conv;
+            print(v);
         } else if (conv == 's') {
             if (arg->tag != PrintfArg::String) {
                 fail(error, "format directive '%s' needs a string");

@@ -16,6 +16,17 @@ inline char asciiUpper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<cha
 int stricmp(std::string_view a, std::string_view b);
 inline bool iequals(std::string_view a, std::string_view b) { return a.size() == b.size() && stricmp(a, b) == 0; }
 std::string toLower(std::string_view s);
+
+// Whether two file names are the same name as the file system compares them: byte for byte where
+// it tells letter case apart (every one but those of Windows and macOS), ignoring ASCII case
+// elsewhere. Names are compared as given: no separator is normalised, no path resolved.
+inline bool pathEquals(std::string_view a, std::string_view b) {
+#if defined(_WIN32) || defined(__APPLE__)
+    return iequals(a, b);
+#else
+    return a == b;
+#endif
+}
 bool beginsWith(std::string_view s, std::string_view prefix);
 std::string_view trim(std::string_view s);
 

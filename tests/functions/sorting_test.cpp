@@ -1,0 +1,216 @@
+// Sorting and array search: the orders (case-insensitive strings, numbers with NaN last, equal
+// elements in input order), SortIdx and SortIdx2's opposite numeric defaults, Search's single,
+// indexed, counting and path forms, MapArray, and large inputs against a plain reference.
+#include "support/numbers.hpp"
+#include "support/text.hpp"
+#include "test_util.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace wavex {
+namespace {
+
+std::string show(const VectorPtr& v) {
+    if (!v) return "failed";
+    std::string s = "[";
+    for (size_t i = 0; i < v->size(); ++i) {
+        if (i) s += ", ";
+        s += v->type == VD_STRING ? "'" + v->str[i].value_or("<null>") + "'" : formatRoundTrip(v->real[i]);
+    }
+    return s + "]";
+}
+
+struct Case {
+    const char* expression;
+    const char* value;
+};
+
+class Sorting : public testing::Test {
+protected:
+    void check(std::initializer_list<Case> cases) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.expression);
+            EXPECT_EQ(show(wx(c.expression)), c.value);
+            EXPECT_EQ(wx.messages(), "");
+        }
+    }
+    test::Session wx;
+};
+
+TEST_F(Sorting, NumbersGoOppositeWaysInSortIdxAndSortIdx2) {
+    wx.wx.setVector("z", makeComplexVector({{3, 4}, {4, 0}, {0, -1}}));
+    check({
+        {"SortIdx([3, 1, 2])", "[0, 2, 1]"},
+        {"SortIdx([3, 1, 2], 'reverse')", "[1, 2, 0]"},
+        {"SortIdx2([3, 1, 2])", "[1, 2, 0]"},
+        {"SortIdx2([3, 1, 2], 'REVERSE')", "[0, 2, 1]"},
+        {"SortIdx([3, 1, 2], 'up')", "[0, 2, 1]"},  // other words are ignored
+        {"SortIdx(z)", "[0, 1, 2]"},                // by magnitude: 5, 4, 1
+        {"SortIdx2(z)", "[2, 1, 0]"},
+        {"SortIdx([1, 2, 1, 2])", "[1, 3, 0, 2]"},  // equal numbers keep their input order
+        {"SortIdx2([1, 2, 1, 2], 'reverse')", "[1, 3, 0, 2]"},
+        {"SortIdx2([0, -0, -1, 0])", "[2, 0, 1, 3]"},  // -0 equals 0
+        {"SortIdx([NaN, 1, NaN, 2])", "[3, 1, 0, 2]"},  // NaN last either way
+        {"SortIdx2([NaN, 1, NaN, 2])", "[1, 3, 0, 2]"},
+        {"SortIdx2([Inf, -Inf, NaN, 0, -1e-300, 5e-324])", "[1, 4, 3, 5, 0, 2]"},
+        {"SortIdx([])", "[]"},
+        {"SortIdx2([7])", "[0]"},
+    });
+}
+
+TEST_F(Sorting, StringsAscendByDefaultInBoth) {
+    check({
+        {"SortIdx(['b', 'a', 'c'])", "[1, 0, 2]"},
+        {"SortIdx(['b', 'a', 'c'], 'reverse')", "[2, 0, 1]"},
+        {"SortIdx2(['b', 'a', 'c'])", "[1, 0, 2]"},
+        {"SortIdx2(['b', 'a', 'c'], 'reverse')", "[2, 0, 1]"},
+        {"SortIdx(['b', 'A', 'a', 'B'])", "[1, 2, 0, 3]"},  // case ignored, ties in input order
+        {"SortIdx(['b', 'A', 'a', 'B'], 'reverse')", "[0, 3, 1, 2]"},
+        // _stricmp's order: letters lower-cased before comparing, bytes unsigned, prefixes first.
+        {"Sort(['B', '_', 'abc', 'ab', '\xe9', 'z', ''])", "['', '_', 'ab', 'abc', 'B', 'z', '\xe9']"},
+        {"Sort(['abcdefghij', 'ABCDEFGHIA', 'abcdefgh', 'abcdefghI'])",
+         "['abcdefgh', 'abcdefghI', 'ABCDEFGHIA', 'abcdefghij']"},
+        {"SortIdx(['x', _NullString(1), ''])", "[1, 2, 0]"},
+    });
+}
+
+TEST_F(Sorting, SortAndUnique) {
+    check({
+        {"Sort(['b', 'A', 'a'], 'unique')", "['A', 'b']"},  // the first spelling is kept
+        {"Sort(['b', 'A', 'a'], 'UNIQUE')", "['A', 'b']"},
+        {"Sort(['b', 'A', 'a'])", "['A', 'a', 'b']"},
+        {"Sort(['b', 'A', 'a'], 'reverse')", "['A', 'a', 'b']"},  // there is no descending Sort
+        {"Sort(['a', 'B', 'b', 'A', 'c', 'a'], 'unique')", "['a', 'B', 'c']"},
+        {"Sort(Parse(''), 'unique')", "[]"},
+        {"Sort(_NullString(2))", "['<null>', '<null>']"},
+        {"Sort(['x', _NullString(1), ''], 'unique')", "['<null>', 'x']"},
+    });
+}
+
+TEST_F(Sorting, Search) {
+    check({
+        {"Search(['a', 'B', 'c'], 'b')", "[1]"},
+        {"Search(['a', 'B', 'c'], 'b', 'count')", "[1]"},
+        {"Search(['a', 'B', 'c'], 'x')", "[-1]"},
+        {"Search(['a', 'B', 'c'], 'x', ['COUNT'])", "[0]"},
+        {"Search(['a', 'b', 'b'], ['x', 'b'])", "[-1, 1]"},
+        {"Search(['a', 'b', 'b'], ['x', 'b'], 'count')", "[1]"},
+        {"Search(['a', 'b', 'B'], ['B', 'b', 'A', 'b'], 'count')", "[4]"},
+        {"Search(['a', 'b', 'b'], Parse(''))", "[]"},
+        {"Search(['a', 'b', 'b'], Parse(''), 'count')", "[0]"},
+        {"Search(Parse(''), ['a', 'b'])", "[-1, -1]"},
+        {"Search(['', 'x'], [''])", "[0]"},
+        {"Search(['x', _NullString(1)], ['', 'y'])", "[1, -1]"},
+        {"Search(['a', 'b'], ['B', 'a'], ['other', 'words'])", "[1, 0]"},
+        // Path mode: file names as the file system compares them (case counts here).
+        {"Search(['A/b', 'a/b'], 'a/b', 'Path')", "[1]"},
+        {"Search(['A/b', 'a/b'], ['a/b', 'A/B', 'A/b'], ['count', 'path'])", "[2]"},
+        {"Search(['A/b', 'a/b'], ['a/b', 'A/B', 'A/b'], 'Path')", "[1, -1, 0]"},
+        {"Search(['A/b', 'a/b'], ['a/b', 'A/B'])", "[0, 0]"},
+        {"Search(['a/b'], ['a\\b', 'a//b'], 'Path')", "[-1, -1]"},  // names as given
+    });
+}
+
+TEST_F(Sorting, MapArray) {
+    wx.wx.setVector("volts", makeRealVector({1.5, 2.5}, units::Voltage));
+    check({
+        {"MapArray([10, 20], [2, -1])", "[-1, -1, 10]"},
+        {"MapArray(['p', 'q'], [1, 1])", "['', 'q']"},
+        {"MapArray([1, 2, 3], [0.9, 1.1])", "[1, 2]"},  // floor, and only the pairs
+        {"MapArray([5], [-0.5])", "[-1]"},               // floor(-0.5) is -1: not written
+        {"MapArray([5], [])", "[-1]"},
+        {"MapArray([5], [NaN, -Inf])", "[-1]"},
+        {"MapArray(Parse(''), [2])", "['', '', '']"},
+        {"MapArray([(1, 2)], [0])", "[]"},
+        {"MapArray([_NullString(1), 'x'], [1, 0])", "['x', '<null>']"},
+    });
+    VectorPtr v = wx("MapArray(volts, [1, 0])");
+    ASSERT_TRUE(v);
+    EXPECT_EQ(test::reals(v), (std::vector<double>{2.5, 1.5}));
+    EXPECT_EQ(v->phys, units::Voltage);
+
+    const std::pair<const char*, const char*> refused[] = {
+        {"MapArray([1], [1e12])", "Function 'MapArray' cannot make 1000000000001 elements: the limit is 50000000"},
+        {"MapArray([1], [Inf])", "Function 'MapArray' cannot make 9223372036854775807 elements: the limit is 50000000"},
+        {"MapArray([1], [50000000])", "Function 'MapArray' cannot make 50000001 elements: the limit is 50000000"},
+    };
+    for (const auto& [expression, message] : refused) {
+        EXPECT_EQ(wx(expression), nullptr) << expression;
+        EXPECT_EQ(wx.messages(), message);
+    }
+}
+
+// The radix sort (long vectors) and the string sort against std::stable_sort with the documented
+// order: NaN last, -0 equal to 0, ties in input order.
+TEST_F(Sorting, LongVectorsMatchAStableReference) {
+    std::mt19937_64 random(7);
+    std::vector<double> x(20000);
+    for (double& v : x) {
+        switch (random() % 8) {
+            case 0: v = std::numeric_limits<double>::quiet_NaN(); break;
+            case 1: v = static_cast<double>(random() % 5) - 2; break;  // many ties, -0 and 0 among them
+            case 2: v = -0.0; break;
+            case 3: v = (random() % 2 ? 1 : -1) * std::numeric_limits<double>::infinity(); break;
+            default: v = std::ldexp(static_cast<double>(random() % 1000000) - 500000, static_cast<int>(random() % 200) - 100);
+        }
+    }
+    wx.wx.setVector("x", makeRealVector(x));
+    for (bool descending : {false, true}) {
+        std::vector<size_t> expected(x.size());
+        std::iota(expected.begin(), expected.end(), 0);
+        std::stable_sort(expected.begin(), expected.end(), [&](size_t a, size_t b) {
+            if (std::isnan(x[b])) return !std::isnan(x[a]);
+            if (std::isnan(x[a])) return false;
+            return descending ? x[a] > x[b] : x[a] < x[b];
+        });
+        VectorPtr got = wx(descending ? "SortIdx(x)" : "SortIdx2(x)");
+        ASSERT_TRUE(got);
+        EXPECT_EQ(test::reals(got), std::vector<double>(expected.begin(), expected.end())) << descending;
+    }
+
+    std::vector<StrElem> s;
+    for (int i = 0; i < 5000; ++i) {
+        std::string t;
+        for (int k = static_cast<int>(random() % 12); k > 0; --k) t += "aAbB_\xe9"[random() % 6];
+        s.emplace_back(t);
+    }
+    wx.wx.setVector("s", makeStringVector(s));
+    auto order = [&](bool descending) {
+        std::vector<double> o(s.size());
+        std::iota(o.begin(), o.end(), 0);
+        std::stable_sort(o.begin(), o.end(), [&](double a, double b) {
+            int c = stricmp(*s[static_cast<size_t>(a)], *s[static_cast<size_t>(b)]);
+            return descending ? c > 0 : c < 0;
+        });
+        return o;
+    };
+    VectorPtr got = wx("SortIdx(s, 'reverse')");
+    ASSERT_TRUE(got);
+    EXPECT_EQ(test::reals(got), order(true));
+    got = wx("SortIdx2(s)");
+    ASSERT_TRUE(got);
+    EXPECT_EQ(test::reals(got), order(false));
+
+    // Search through the index finds every first occurrence, and nothing that is not there.
+    VectorPtr found = wx("Search(s, [s, 'none'])");
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->size(), s.size() + 1);
+    for (size_t i = 0; i < s.size(); ++i) {
+        auto first = static_cast<size_t>(found->real[i]);
+        ASSERT_LE(first, i);
+        EXPECT_TRUE(iequals(*s[first], *s[i]));
+        for (size_t k = 0; k < first; ++k) ASSERT_FALSE(iequals(*s[k], *s[i]));
+    }
+    EXPECT_EQ(found->real[s.size()], -1);
+}
+
+}  // namespace
+}  // namespace wavex
