@@ -1,20 +1,24 @@
 // The wavex command:
 //
-//   wavex [--json] [--data FILE]... [--option NAME=VALUE]... [-e STATEMENT]... [SCRIPT]
+//   wavex [--json] [--data FILE]... [--option NAME=VALUE]... [--plot FILE [--logx] [--liny]]
+//         [-e STATEMENT]... [SCRIPT]
 //
-// Options are set first, then the data files load (each column becomes a vector named after it),
-// then each -e command line runs in order, then SCRIPT (one command line per line; "-" reads
-// standard input). With neither -e nor SCRIPT, command lines come from an interactive prompt when
-// standard input is a terminal, else from standard input as from a script.
+// Options are set first, then the data files load (CSV, raw or Touchstone, each vector under its
+// own name), then each -e command line runs in order, then SCRIPT (one command line per line; "-"
+// reads standard input). With neither -e nor SCRIPT, command lines come from an interactive prompt
+// when standard input is a terminal, else from standard input as from a script. With --plot, the
+// curves among the values go to a picture written at the end (.png, .svg or .pdf) instead of to
+// standard output.
 //
 // Every message goes to standard error as "error: MESSAGE", prefixed with FILE:LINE: for a line of
 // a script or of standard input. A failed statement stops the run: later statements and lines do
 // not run (at the prompt the session goes on). Messages of calls that still succeeded do not stop
 // anything.
 //
-// Exit status: 0 when every statement succeeded; 1 when a statement failed or a data file or
-// script could not be read or loaded; 2 for a usage error (unknown flag, missing value, an
-// --option that is unknown or whose value does not suit it).
+// Exit status: 0 when every statement succeeded; 1 when a statement failed, a data file or script
+// could not be read or loaded, or the plot could not be written; 2 for a usage error (unknown
+// flag, missing value, an --option that is unknown or whose value does not suit it, a plot file
+// of another kind).
 #include "cli/session.hpp"
 
 #include "support/text.hpp"
@@ -45,9 +49,9 @@ int usageError(const char* format, const std::string& a, const std::string& b = 
 int main(int argc, char** argv) {
     using namespace wavex::cli;
 
-    bool json = false;
+    bool json = false, logX = false, linY = false;
     std::vector<std::string> dataFiles, options, statements;
-    std::string script;
+    std::string script, plotFile;
 
     CLI::App app{"Evaluates waveform expressions over simulation data.", "wavex"};
     app.set_version_flag("--version", "wavex 0.1.0");
@@ -55,8 +59,12 @@ int main(int argc, char** argv) {
         return o->expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
     app.add_flag("--json", json, "Print each value as one JSON object per line");
-    repeated(app.add_option("-d,--data", dataFiles, "Load the columns of a CSV file as vectors")->type_name("FILE"));
+    repeated(app.add_option("-d,--data", dataFiles, "Load the vectors of a CSV, raw or Touchstone file")->type_name("FILE"));
     repeated(app.add_option("-o,--option", options, "Set a host option")->type_name("NAME=VALUE"));
+    app.add_option("--plot", plotFile, "Draw the values into a picture (.png, .svg, .pdf) instead of printing them")
+        ->type_name("FILE");
+    app.add_flag("--logx", logX, "Logarithmic x-axis on the plot");
+    app.add_flag("--liny", linY, "Linear y-axis on the plot");
     repeated(app.add_option("-e", statements, "Run a command line (several run in order)")->type_name("STATEMENT"));
     app.add_option("SCRIPT", script, "Run a file of command lines (- for standard input)")->type_name("FILE");
     app.footer("Without -e or SCRIPT, command lines come from a prompt (or from standard input when it is\n"
@@ -73,7 +81,13 @@ int main(int argc, char** argv) {
         return usageError("%s", e.what());
     }
 
+    if (plotFile.empty() && (logX || linY)) return usageError("%s needs --plot", logX ? "--logx" : "--liny");
+    if (!plotFile.empty()) {
+        if (std::string why = checkPlotPath(plotFile); !why.empty()) return usageError("--plot: %s", why);
+    }
+
     Session session(json ? Session::Format::Json : Session::Format::Text);
+    if (!plotFile.empty()) session.plotTo(plotFile, {.logX = logX, .linY = linY});
 
     for (const std::string& option : options) {
         size_t eq = option.find('=');
@@ -95,6 +109,7 @@ int main(int argc, char** argv) {
         if (!script.empty()) status = session.runScript(script) ? 0 : 1;
         else if (statements.empty()) status = (isatty(STDIN_FILENO) ? session.runPrompt() : session.runScript("-")) ? 0 : 1;
     }
+    if (status == 0 && !session.writePlot()) status = 1;
     session.finish();
     if (std::ferror(stdout)) {
         std::fprintf(stderr, "error: cannot write the output\n");

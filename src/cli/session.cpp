@@ -1,15 +1,51 @@
 #include "cli/session.hpp"
 
-#include "io/csv.hpp"
+#include "io/load.hpp"
 #include "io/printers.hpp"
 #include "support/text.hpp"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+
+#include <unistd.h>
 
 namespace wavex::cli {
+namespace {
+
+// Shows how far a slow load has come, "loading FILE: 42%" rewritten in place on standard error:
+// only when that is a terminal, only once the load has taken a second, and gone when it ends.
+class LoadProgress {
+public:
+    explicit LoadProgress(std::string path)
+        : path_(std::move(path)), terminal_(isatty(STDERR_FILENO) == 1), next_(Clock::now() + std::chrono::seconds(1)) {}
+    ~LoadProgress() {
+        if (shown_) std::fprintf(stderr, "\r\033[K");
+    }
+
+    void operator()(uint64_t done, uint64_t total) {
+        if (!terminal_ || total == 0) return;
+        Clock::time_point now = Clock::now();
+        if (now < next_) return;
+        next_ = now + std::chrono::milliseconds(100);
+        std::fprintf(stderr, "\rloading %s: %d%%", path_.c_str(), static_cast<int>(100 * std::min(done, total) / total));
+        std::fflush(stderr);
+        shown_ = true;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    std::string path_;
+    bool terminal_;
+    bool shown_ = false;
+    Clock::time_point next_;
+};
+
+}  // namespace
 
 void StderrMessages::report(const std::string& message) {
     std::fflush(stdout);
@@ -21,6 +57,10 @@ Session::Session(Format format)
       printer_([this](const VectorPtr& value, std::string_view label) { print(value, label); }) {}
 
 void Session::print(const VectorPtr& value, std::string_view label) {
+    if (plot_ && plottable(value)) {
+        plot_->add(value, std::string(label));
+        return;
+    }
     buffer_.clear();
     if (format_ == Format::Json) {
         io::appendJson(buffer_, value);
@@ -38,13 +78,31 @@ void Session::print(const VectorPtr& value, std::string_view label) {
 
 bool Session::loadData(const std::string& path) {
     std::string error;
-    auto vectors = io::loadCsv(path, &error);
+    std::optional<std::vector<io::NamedVector>> vectors;
+    {
+        LoadProgress progress(path);
+        vectors = io::loadData(path, &error, std::ref(progress));
+    }
     if (!vectors) {
         messages_->error("%s", error);
         return false;
     }
     for (io::NamedVector& v : *vectors) wx_.setVector(v.name, std::move(v.value));
     return true;
+}
+
+void Session::plotTo(std::string path, PlotOptions options) {
+    plot_.emplace();
+    plotPath_ = std::move(path);
+    plotOptions_ = options;
+}
+
+bool Session::writePlot() {
+    if (!plot_) return true;
+    std::string why = plot_->write(plotPath_, plotOptions_);
+    if (why.empty()) return true;
+    messages_->error("%s", why);
+    return false;
 }
 
 bool Session::runLine(std::string_view line) {

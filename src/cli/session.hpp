@@ -2,9 +2,11 @@
 // values are printed on standard output, fed from -e arguments, scripts or the prompt.
 #pragma once
 
+#include "cli/plot.hpp"
 #include "wavex/interpreter.hpp"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,8 +29,15 @@ public:
 
     Interpreter& interpreter() { return wx_; }
 
-    // Loads the columns of a CSV file as vectors; false (message reported) when it cannot.
+    // Loads the vectors of a data file (CSV, raw or Touchstone); false (message reported) when it
+    // cannot. A load that takes more than a second shows its progress on standard error when
+    // that is a terminal.
     bool loadData(const std::string& path);
+    // From now on, values that can be drawn (see plottable) go to a plot written to `path` by
+    // writePlot, instead of to standard output.
+    void plotTo(std::string path, PlotOptions options);
+    // Writes the plot, when there is one to write; false (message reported) when it cannot.
+    bool writePlot();
     // Runs one command line; false when a statement failed.
     bool runLine(std::string_view line);
     // Runs a file ("-": standard input) one command line per line, skipping blank and comment
@@ -45,6 +54,9 @@ private:
     std::shared_ptr<StderrMessages> messages_;
     Interpreter wx_;
     Interpreter::Printer printer_;
+    std::optional<Plot> plot_;
+    std::string plotPath_;
+    PlotOptions plotOptions_;
     std::string buffer_;
     bool printedText_ = false;  // some value has been printed as text
     bool lastHeaded_ = false;   // and the last one under headings

@@ -17,6 +17,9 @@ const MakeOption mcNumberOfBins(__FILE__, __LINE__, "MCNumberOfBins", int32_t{0}
 // curves of up to a few million points: the near-duplicate times written at breakpoints then do
 // not turn into spikes a million times the real slope. 0 uses every distinct x-value.
 const MakeOption derivAcceptFactor(__FILE__, __LINE__, "DerivAcceptFactor", 1e-9);
+// Parts selector: a user model added within this many days is also listed under
+// "* Recently Added Models *".
+const MakeOption newModelLifetime(__FILE__, __LINE__, "NewModelLifetime", int32_t{7}, OPTION_CACHE_NONE, true);
 // Style sheets of the statistical-analysis reports.
 const MakeOption sensitivityCss(__FILE__, __LINE__, "SensitivityCss", std::string("%SHAREPATH%/html/css/msw.css"),
                                 OPTION_CACHE_NONE, true, true, false);

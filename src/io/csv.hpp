@@ -18,6 +18,7 @@
 // is loaded.
 #pragma once
 
+#include "io/load.hpp"
 #include "wavex/vector.hpp"
 
 #include <optional>
@@ -27,17 +28,13 @@
 
 namespace wavex::io {
 
-struct NamedVector {
-    std::string name;
-    VectorPtr value;
-};
-
 // The vectors of CSV text, in column order (the reference first); `fileName` is used in messages.
 // On failure returns nullopt and sets *error.
 std::optional<std::vector<NamedVector>> parseCsv(std::string_view text, std::string_view fileName,
                                                  std::string* error);
 
-// The vectors of a CSV file.
-std::optional<std::vector<NamedVector>> loadCsv(const std::string& path, std::string* error);
+// The vectors of a CSV file; `progress` hears how far parsing has come.
+std::optional<std::vector<NamedVector>> loadCsv(const std::string& path, std::string* error,
+                                                const Progress& progress = {});
 
 }  // namespace wavex::io

@@ -1,0 +1,88 @@
+#include "support/spice_stream.hpp"
+
+#include <cstdio>
+#include <memory>
+
+namespace wavex {
+namespace {
+
+// The first character that is not a blank, or -1 for a blank line.
+int lead(std::string_view line) {
+    size_t i = line.find_first_not_of(" \t\r\f\v");
+    return i == std::string_view::npos ? -1 : static_cast<unsigned char>(line[i]);
+}
+
+}  // namespace
+
+NewSpiceStream::NewSpiceStream(const std::string& fileName) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "rb"), &std::fclose);
+    if (!file) return;
+    char buffer[1 << 16];
+    size_t n;
+    while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text_.append(buffer, n);
+    open_ = !std::ferror(file.get());
+}
+
+NewSpiceStream NewSpiceStream::fromText(std::string_view text) {
+    NewSpiceStream s;
+    s.open_ = true;
+    s.text_.assign(text);
+    return s;
+}
+
+bool NewSpiceStream::physical(std::string& line) {
+    if (pos_ >= text_.size()) return false;
+    size_t end = text_.find('\n', pos_);
+    if (end == std::string::npos) end = text_.size();
+    line.assign(text_, pos_, end - pos_);
+    pos_ = end + 1;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    ++physicalNumber_;
+    return true;
+}
+
+bool NewSpiceStream::gets(std::string* line, int* lineNumber) {
+    line->clear();
+    bool started = false;
+    int first = 0;
+    for (;;) {
+        std::string next;
+        int number;
+        if (hasPending_) {
+            next = std::move(pending_);
+            number = pendingNumber_;
+            hasPending_ = false;
+        } else if (physical(next)) {
+            number = physicalNumber_;
+        } else {
+            break;
+        }
+        int c = lead(next);
+        if (c == -1 || c == '*') continue;
+        if (c == '+') {
+            std::string_view rest(next);
+            rest.remove_prefix(rest.find('+') + 1);
+            if (started) {
+                *line += ' ';
+            } else {
+                started = true;
+                first = number;
+            }
+            *line += rest;
+            continue;
+        }
+        if (started) {  // the start of the next logical line: keep it for the next call
+            pending_ = std::move(next);
+            pendingNumber_ = number;
+            hasPending_ = true;
+            break;
+        }
+        started = true;
+        first = number;
+        *line = std::move(next);
+    }
+    if (started && lineNumber) *lineNumber = first;
+    return started;
+}
+
+}  // namespace wavex
