@@ -3,6 +3,7 @@
 // 10^5 and 10^6 sought strings in as many (the two sizes show that the cost stays about linear),
 // SetUnion of 10^6 strings. bench/peers_sorting.py does the same work with
 // numpy and Python on the same data, made by formulas both sides share.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -34,27 +35,8 @@ VectorPtr nodeNames(int64_t n, int64_t offset = 0) {
     return makeStringVector(std::move(s));
 }
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
-
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args, int64_t items) {
-    const FuncInfo* f = functionTable().find(name);
-    if (!f) {
-        state.SkipWithError((std::string(name) + " is not registered").c_str());
-        return;
-    }
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(state.iterations() * items);
+    bench::callFunctionLoop(state, name, args, items);
 }
 
 // SortIdx2: smallest first, as numpy's argsort orders.
