@@ -1,6 +1,8 @@
 // End-to-end runs of the wavex command.
 #include <gtest/gtest.h>
 
+#include "run_wavex.hpp"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -22,17 +24,8 @@ extern char** environ;
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out, err;
-};
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
+using wavex::test::Outcome;
+using wavex::test::readFile;
 
 // Per process: ctest runs the tests of this file in parallel processes.
 std::string tempPath(const std::string& name) {
@@ -59,21 +52,7 @@ Outcome wavex(const std::vector<std::string>& args, const std::string& input = "
     std::string in = writeTemp("stdin", input), out = tempPath("stdout"), err = tempPath("stderr");
     gTempFiles.paths.push_back(out);
     gTempFiles.paths.push_back(err);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    std::vector<char*> argv{const_cast<char*>(WAVEX_BINARY)};
-    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    pid_t pid;
-    int rc = posix_spawn(&pid, WAVEX_BINARY, &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (rc != 0) return {-1, "", std::string("spawn failed: ") + std::strerror(rc)};
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), readFile(out), readFile(err)};
+    return wavex::test::runWavex(args, in, out, err);
 }
 
 const char* const kUsageHint = "Run with --help for more information.\n";

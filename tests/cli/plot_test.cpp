@@ -2,6 +2,8 @@
 // and where the curves run.
 #include <gtest/gtest.h>
 
+#include "run_wavex.hpp"
+
 #include <png.h>
 
 #include <cmath>
@@ -22,17 +24,8 @@ extern char** environ;
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out, err;
-};
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
+using wavex::test::Outcome;
+using wavex::test::readFile;
 
 class PlotTest : public testing::Test {
 protected:
@@ -57,23 +50,8 @@ protected:
 
     Outcome wavex(const std::vector<std::string>& args) {
         std::string out = file("stdout"), err = file("stderr");
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        std::vector<char*> argv{const_cast<char*>(WAVEX_BINARY)};
-        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        pid_t pid;
-        int rc = posix_spawn(&pid, WAVEX_BINARY, &actions, nullptr, argv.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        if (rc != 0) return {-1, "", "spawn failed"};
-        int status = 0;
-        waitpid(pid, &status, 0);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), readFile(out), readFile(err)};
+        return wavex::test::runWavex(args, "/dev/null", out, err);
     }
-
     std::string dir_;
     std::vector<std::string> files_;
 };
