@@ -201,7 +201,9 @@ private:
         pairColumns();
         values_.resize(columns_.size());
         // Room for a value per line that follows, so that the columns never move as they grow.
-        const size_t lines = static_cast<size_t>(std::count(text_.begin() + static_cast<std::ptrdiff_t>(pos_), text_.end(), '\n')) + 1;
+        // (After a last line without a newline, pos_ is one past the end.)
+        const std::string_view rest = text_.substr(std::min(pos_, text_.size()));
+        const size_t lines = static_cast<size_t>(std::count(rest.begin(), rest.end(), '\n')) + 1;
         for (Array<double>& column : values_) column.reserve(lines);
     }
 

@@ -163,6 +163,7 @@ TEST(CsvLoader, Messages) {
         {"", "t.csv: the file is empty"},
         {"\n  \n# only comments\n", "t.csv: no header line naming the columns"},
         {"time,out\n", "t.csv:1: no rows after the header"},
+        {"time,out", "t.csv:1: no rows after the header"},
         {"time,out\n\n# just a comment\n", "t.csv:1: no rows after the header"},
         {"0,1\n1,2\n", "t.csv:1: the first line must name the columns, but it holds only numbers"},
         {"x,y\n1,2\n3\n", "t.csv:3: 1 value, but the header names 2 columns"},
