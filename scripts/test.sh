@@ -31,7 +31,7 @@ for src in fuzz/*.cpp; do
     echo "-- $name"
     log="build-fuzz/$name.log"
     # shellcheck disable=SC2086
-    if ! "build-fuzz/$name" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 \
+    if ! "build-fuzz/$name" -seed=1 -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 \
         -artifact_prefix=build-fuzz/ -print_final_stats=1 "$corpus" $seeds >"$log" 2>&1; then
         tail -n 60 "$log"
         echo "fuzz target $name failed"
