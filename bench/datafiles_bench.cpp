@@ -151,7 +151,7 @@ void Wav_Read_100MB(benchmark::State& state) {
     for (auto _ : state) {
         File f(std::fopen(path.c_str(), "rb"), &std::fclose);
         WavHeader h;
-        std::vector<WavSample> samples;
+        Array<WavSample> samples;
         if (!Wav_LoadHeader(f.get(), &h) || !Wav_LoadSamples(f.get(), h, samples, 0))
             return state.SkipWithError("the file did not load");
         benchmark::DoNotOptimize(samples.data());

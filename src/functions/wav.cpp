@@ -35,7 +35,7 @@ namespace wavex {
 namespace {
 
 struct WavEntry {
-    std::vector<WavSample> samples;
+    Array<WavSample> samples;
     WavHeader header;
     int32_t handle = 0;
 };
@@ -122,7 +122,7 @@ FUNC_ERROR wavReadData(WAVEX_HANDLER_PARAMS) {
     EntryRef entry = store().find(args.scalar(0));
     if (!entry) return FUNC_OK;
 
-    const std::vector<WavSample>& samples = entry->samples;
+    const Array<WavSample>& samples = entry->samples;
     auto n = static_cast<int64_t>(samples.size());
     result->setType(VD_REAL, VD_REAL);
     result->setPhysType(units::Voltage, units::Time);

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/types.h>
 #include <type_traits>
+#include <vector>
 
 namespace wavex {
 namespace {
@@ -233,7 +234,7 @@ WAV_Error Wav_CheckHeader(const WavHeader& h) {
     return WAV_OK;
 }
 
-bool Wav_LoadSamples(FILE* file, const WavHeader& header, std::vector<WavSample>& samples, int option) {
+bool Wav_LoadSamples(FILE* file, const WavHeader& header, Array<WavSample>& samples, int option) {
     samples.clear();
     if (Wav_CheckHeader(header) != WAV_OK) return false;
     const size_t frameBytes = header.blockAlign;

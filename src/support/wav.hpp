@@ -32,9 +32,10 @@
 // Wav_CheckHeader gives 0, 2 or 11 to 14.
 #pragma once
 
+#include "wavex/array.hpp"
+
 #include <cstdint>
 #include <cstdio>
-#include <vector>
 
 namespace wavex {
 
@@ -100,7 +101,7 @@ bool Wav_LoadHeader(FILE* file, WavHeader* header);
 WAV_Error Wav_CheckHeader(const WavHeader& header);
 // Reads the sample frames of a header that Wav_CheckHeader accepted, with the loader option bits
 // above. Memory is sized by the data present, never by the size the header claims.
-bool Wav_LoadSamples(FILE* file, const WavHeader& header, std::vector<WavSample>& samples, int option);
+bool Wav_LoadSamples(FILE* file, const WavHeader& header, Array<WavSample>& samples, int option);
 // Writes the canonical 44-byte PCM header.
 bool Wav_WriteHeader(FILE* file, const WavHeader& header);
 // Writes numFrames frames of numChannels channels (`channels[c]` holds channel c; a null channel

@@ -59,7 +59,7 @@ struct Loaded {
     int check = -1;
     bool samples = false;
     WavHeader h;
-    std::vector<WavSample> frames;
+    Array<WavSample> frames;
 };
 
 Loaded load(const std::string& bytes, int option = 0) {
@@ -73,12 +73,12 @@ Loaded load(const std::string& bytes, int option = 0) {
     return r;
 }
 
-std::vector<int32_t> firsts(const std::vector<WavSample>& s) {
+std::vector<int32_t> firsts(const Array<WavSample>& s) {
     std::vector<int32_t> v;
     for (const WavSample& x : s) v.push_back(x.first);
     return v;
 }
-std::vector<int32_t> seconds(const std::vector<WavSample>& s) {
+std::vector<int32_t> seconds(const Array<WavSample>& s) {
     std::vector<int32_t> v;
     for (const WavSample& x : s) v.push_back(x.second);
     return v;
