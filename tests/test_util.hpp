@@ -1,13 +1,39 @@
 // Shared helpers for the test suites.
 #pragma once
 
+#include "support/numbers.hpp"
 #include "wavex/wavex.hpp"
 
+#include <gtest/gtest.h>
+
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace wavex::test {
+
+// A vector as one line: strings quoted, null elements as <null>, numbers in their shortest
+// round-trip form, complex values as re,im; "failed" for a failed call.
+inline std::string show(const VectorPtr& v) {
+    if (!v) return "failed";
+    std::string s = "[";
+    for (size_t i = 0; i < v->size(); ++i) {
+        if (i) s += ", ";
+        switch (v->type) {
+            case VD_REAL: s += formatRoundTrip(v->real[i]); break;
+            case VD_COMPLEX: s += formatRoundTrip(v->cplx[i].real()) + "," + formatRoundTrip(v->cplx[i].imag()); break;
+            default: s += v->str[i] ? "'" + *v->str[i] + "'" : "<null>"; break;
+        }
+    }
+    return s + "]";
+}
+
+// An expression and how its value shows.
+struct Shown {
+    const char* expression;
+    std::string value;
+};
 
 // An interpreter with a collecting message sink: evaluate expressions, read their messages.
 struct Session {
@@ -19,6 +45,22 @@ struct Session {
         sink->clear();
         return wx.evaluate(expression);
     }
+    void set(const char* name, VectorPtr v) { wx.setVector(name, std::move(v)); }
+
+    // Each expression evaluates, without messages, to a value that shows as given.
+    void check(std::initializer_list<Shown> cases) {
+        for (const Shown& c : cases) {
+            SCOPED_TRACE(c.expression);
+            EXPECT_EQ(show((*this)(c.expression)), c.value);
+            EXPECT_EQ(messages(), "");
+        }
+    }
+    // The expression fails with exactly these messages.
+    void expectFails(const char* expression, const std::string& message) {
+        EXPECT_EQ((*this)(expression), nullptr) << expression;
+        EXPECT_EQ(messages(), message) << expression;
+    }
+
     // The messages of the last evaluation, joined with newlines.
     std::string messages() const {
         std::string all;

@@ -46,25 +46,24 @@ VectorPtr withRef(VectorPtr y, Array<double> x, PhysType xPhys = units::Frequenc
 class Elementwise : public ::testing::Test {
 protected:
     Elementwise() {
-        set("v", makeCurve({1, 2, 3}, {1, 4, 9}, units::Voltage, units::Time));
-        set("p", makeRealVector({4, 9}, *units::fromSymbol("V^2")));
-        set("zc", makeComplexVector({{1, 1}}, units::Current));
-        set("zero", makeComplexVector({0}));
-        set("one", makeComplexVector({1}));
-        set("i", makeComplexVector({{0, 1}}));
-        set("big", makeComplexVector({0, 709.1}));
-        set("steep", makeComplexVector({{0, 709.016}}));
-        set("deep", makeComplexVector({{0, -746}}));
-        set("two", makeComplexVector({1, {0, 1}}));
-        set("flat", withRef(makeComplexVector({1, {0, 1}}), {5, 5}));
-        set("kink", withRef(makeComplexVector({1, {0, 1}, -1, {0, -1}}), {1, 2, 1, 3}));
-        set("t", makeStringVector({"a", std::nullopt}));
+        s.set("v", makeCurve({1, 2, 3}, {1, 4, 9}, units::Voltage, units::Time));
+        s.set("p", makeRealVector({4, 9}, *units::fromSymbol("V^2")));
+        s.set("zc", makeComplexVector({{1, 1}}, units::Current));
+        s.set("zero", makeComplexVector({0}));
+        s.set("one", makeComplexVector({1}));
+        s.set("i", makeComplexVector({{0, 1}}));
+        s.set("big", makeComplexVector({0, 709.1}));
+        s.set("steep", makeComplexVector({{0, 709.016}}));
+        s.set("deep", makeComplexVector({{0, -746}}));
+        s.set("two", makeComplexVector({1, {0, 1}}));
+        s.set("flat", withRef(makeComplexVector({1, {0, 1}}), {5, 5}));
+        s.set("kink", withRef(makeComplexVector({1, {0, 1}, -1, {0, -1}}), {1, 2, 1, 3}));
+        s.set("t", makeStringVector({"a", std::nullopt}));
         auto d = std::make_shared<Vector>(*makeCurve({0, 1, 0, 1, 2, 0}, {1, 2, 3, 4, 5, -6}, units::Voltage));
         d->setDivisionLengths({2, 3, 1});
         d->labels = {"a", std::nullopt, "c"};
-        set("d", d);
+        s.set("d", d);
     }
-    void set(const char* name, VectorPtr v) { s.wx.setVector(name, std::move(v)); }
     test::Session s;
 };
 
@@ -171,7 +170,7 @@ const ComplexCase kComplexCases[] = {
 
 TEST_F(Elementwise, ComplexArguments) {
     for (const ComplexCase& c : kComplexCases) {
-        set("z", makeComplexVector({c.in}));
+        s.set("z", makeComplexVector({c.in}));
         std::string expression = std::string(c.function) + "(z)";
         VectorPtr r = s(expression);
         ASSERT_TRUE(r) << expression << " of " << c.in << ": " << s.messages();
@@ -179,7 +178,7 @@ TEST_F(Elementwise, ComplexArguments) {
         if (c.real) EXPECT_TRUE(allClose(reals(r), {*c.real})) << expression << " of " << c.in;
         else EXPECT_TRUE(allClose(complexes(r), {*c.cplx})) << expression << " of " << c.in;
     }
-    set("z", makeComplexVector({{3, 4}, -6, {0, 1}, 1}));
+    s.set("z", makeComplexVector({{3, 4}, -6, {0, 1}, 1}));
     EXPECT_EQ(reals(s("maxidx(z)")), std::vector<double>{1});  // by magnitude
     EXPECT_EQ(reals(s("minidx(z)")), std::vector<double>{2});  // |i| = |1|: the first wins
     EXPECT_EQ(complexes(s("sum(z)")), std::vector<Complex>{Complex(-2, 5)});
@@ -203,8 +202,8 @@ TEST_F(Elementwise, LongVectorsAgreeWithTheScalarFunctions) {
         sine.push_back(std::sin(v));
         dbx.push_back(v == 0 ? -6160 : 20 * std::log10(std::fabs(v)));
     }
-    set("x", makeRealVector(x));
-    set("z", makeComplexVector(z));
+    s.set("x", makeRealVector(x));
+    s.set("z", makeComplexVector(z));
     EXPECT_TRUE(allClose(reals(s("sin(x)")), sine));
     EXPECT_TRUE(allClose(reals(s("db(x)")), dbx));
     std::vector<double> db = reals(s("db(z)")), arg = reals(s("arg(z)")), unwrapped = reals(s("phase_rad(z)"));
@@ -222,7 +221,7 @@ TEST_F(Elementwise, LongVectorsAgreeWithTheScalarFunctions) {
 
 TEST_F(Elementwise, UnwrappedPhaseCorrectsOneTurnPerStep) {
     // 0, 170, -170 (a step of -340 degrees: one turn up), -10 (a step of +160: none).
-    set("z", makeComplexVector({1, std::polar(1.0, 170 * kPi / 180), std::polar(1.0, -170 * kPi / 180),
+    s.set("z", makeComplexVector({1, std::polar(1.0, 170 * kPi / 180), std::polar(1.0, -170 * kPi / 180),
                                 std::polar(1.0, -10 * kPi / 180)}));
     EXPECT_TRUE(allClose(reals(s("phase(z)")), {0, 170, 190, 350}));
     EXPECT_TRUE(allClose(reals(s("arg(z)")), {0, 170, -170, -10}));
@@ -275,7 +274,7 @@ TEST_F(Elementwise, ElementwiseResultsShareTheArgumentsXValues) {
         EXPECT_FALSE(s(expression)->ref.present()) << expression;
     auto h = std::make_shared<Vector>(*makeComplexVector({{1, 1}, 2}));
     h->ref = Reference::fromComplex(Array<Complex>{1, 2}, units::Frequency, "f");
-    set("h", h);
+    s.set("h", h);
     EXPECT_EQ(s("sqrt(h)")->ref.type, VD_COMPLEX);
     EXPECT_EQ(s("db(h)")->ref.complexValues, h->ref.complexValues);
 }
@@ -311,7 +310,7 @@ TEST_F(Elementwise, IndexSelectsOneElementOfAnyKind) {
     EXPECT_EQ(reals(s("v[2]")), std::vector<double>{9});
     EXPECT_EQ(reals(s("v[-0]")), std::vector<double>{1});
     EXPECT_EQ(s("v[2]")->ref.phys, units::NoRef);
-    set("z", makeComplexVector({{1, 2}, {3, 4}}, units::Current));
+    s.set("z", makeComplexVector({{1, 2}, {3, 4}}, units::Current));
     EXPECT_EQ(complexes(s("z[1]")), std::vector<Complex>{Complex(3, 4)});
     EXPECT_EQ(s("z[1]")->phys, units::Current);
     EXPECT_EQ(test::strings(s("t[0]")), std::vector<std::string>{"a"});
@@ -328,7 +327,7 @@ VectorPtr response(Array<double> f, double (*phase)(double)) {
 
 TEST_F(Elementwise, GroupDelayIsTheSlopeOfTheUnwrappedPhase) {
     // A delay of 1 ms: the phase falls by 2π·f·1ms, wrapping (less than half a turn per step).
-    set("h", response({0, 300, 700, 1100, 1500}, [](double f) { return -2 * kPi * f * 1e-3; }));
+    s.set("h", response({0, 300, 700, 1100, 1500}, [](double f) { return -2 * kPi * f * 1e-3; }));
     VectorPtr r = s("GroupDelay(h)");
     ASSERT_TRUE(r) << s.messages();
     for (double t : reals(r)) EXPECT_NEAR(t, 1e-3, 1e-15);
@@ -336,7 +335,7 @@ TEST_F(Elementwise, GroupDelayIsTheSlopeOfTheUnwrappedPhase) {
     EXPECT_EQ(r->ref.phys, units::Frequency);
     EXPECT_EQ(xs(r), (std::vector<double>{0, 300, 700, 1100, 1500}));
     // φ = -f²/100: the inner points take the parabola's exact slope, the ends their segment's.
-    set("q", response({1, 2, 4, 7}, [](double f) { return -f * f / 100; }));
+    s.set("q", response({1, 2, 4, 7}, [](double f) { return -f * f / 100; }));
     EXPECT_TRUE(allClose(reals(s("GroupDelay(q)")),
                          {0.03 / (2 * kPi), 0.04 / (2 * kPi), 0.08 / (2 * kPi), 0.11 / (2 * kPi)}));
     EXPECT_EQ(reals(s("GroupDelay(v)")), (std::vector<double>{0, 0, 0}));  // a real response

@@ -30,7 +30,6 @@ class Filters : public ::testing::Test {
 protected:
     test::Session wx;
     void SetUp() override { wx.wx.setVector("x", evenCurve({3, 1, 4, 1, 5, 9, 2, 6})); }
-    void set(const char* name, VectorPtr v) { wx.wx.setVector(name, std::move(v)); }
     std::vector<double> values(const std::string& expression) {
         VectorPtr r = wx(expression);
         EXPECT_NE(r, nullptr) << expression << ": " << wx.messages();
@@ -88,8 +87,8 @@ TEST_F(Filters, FirImpulseAndStepResponses) {
         taps.push_back(k * k - 3 * k + 1);
         list += (k ? ", " : "") + std::to_string(taps.back());
     }
-    set("impulse", evenCurve(impulse));
-    set("step", evenCurve(step));
+    wx.set("impulse", evenCurve(impulse));
+    wx.set("step", evenCurve(step));
     std::vector<double> wantImpulse(45, 0.0), wantStep(45, 0.0);
     double sum = 0;
     for (size_t n = 13; n < 45; ++n) {
@@ -105,15 +104,15 @@ TEST_F(Filters, FirImpulseAndStepResponses) {
 
 TEST_F(Filters, LpfFollowsTheXSpacing) {
     // A step after the first point, Δ = τ: each step halves the distance to the input.
-    set("s", curve({0, 2, 4, 6, 8}, {0, 1, 1, 1, 1}));
+    wx.set("s", curve({0, 2, 4, 6, 8}, {0, 1, 1, 1, 1}));
     EXPECT_EQ(values("LPF(s, 2)"), (std::vector<double>{0, 0, 0.5, 0.75, 0.875}));
     // Uneven steps of 1, 3, 1: fractions 1/2, 3/4, 1/2 with τ = 1.
-    set("u", curve({0, 1, 4, 5}, {0, 8, 8, 8}));
+    wx.set("u", curve({0, 1, 4, 5}, {0, 8, 8, 8}));
     EXPECT_EQ(values("LPF(u, 1)"), (std::vector<double>{0, 0, 6, 7}));
 }
 
 TEST_F(Filters, UnitsAndReference) {
-    set("i", curve({0, 1, 2}, {1, 2, 3}, units::Current));
+    wx.set("i", curve({0, 1, 2}, {1, 2, 3}, units::Current));
     for (const char* e : {"FIR(i, [1])", "IIR(i, [1])", "LPF(i, 1)"}) {
         VectorPtr r = wx(e);
         ASSERT_NE(r, nullptr) << e;
@@ -124,7 +123,7 @@ TEST_F(Filters, UnitsAndReference) {
         EXPECT_EQ(r->ref.realValues, wx("i")->ref.realValues) << e;  // shared, not copied
     }
     // FIR and IIR work on indices: a curve without x values keeps none.
-    set("bare", makeRealVector({1, 2, 3}));
+    wx.set("bare", makeRealVector({1, 2, 3}));
     VectorPtr r = wx("FIR(bare, [1, 1])");
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(reals(r), (std::vector<double>{2, 3, 5}));
@@ -138,7 +137,7 @@ TEST_F(Filters, EachRunStartsAfresh) {
     v->ref = Reference::fromReal({0, 1, 2, 0, 1, 2, 3}, units::Time, "time");
     v->setDivisionLengths({3, 4});
     v->labels = {"a", "b"};
-    set("runs", v);
+    wx.set("runs", v);
     struct Case { const char* expression; std::vector<double> want; };
     const Case cases[] = {
         {"FIR(runs, [0.5, 0.5])", {1, 1.5, 2.5, 10, 15, 25, 35}},  // history x[0] of each run
@@ -157,10 +156,10 @@ TEST_F(Filters, EachRunStartsAfresh) {
 }
 
 TEST_F(Filters, DegenerateInputGivesEmptyOrNaNResults) {
-    set("none", curve({}, {}));
-    set("one", curve({0}, {4}));
-    set("bare", makeRealVector({1, 2, 3}));
-    set("gap", evenCurve({1, NAN, 3, 4}));
+    wx.set("none", curve({}, {}));
+    wx.set("one", curve({0}, {4}));
+    wx.set("bare", makeRealVector({1, 2, 3}));
+    wx.set("gap", evenCurve({1, NAN, 3, 4}));
     // No coefficients, no time constant, no x values for LPF, no data: empty, no message.
     for (const char* e : {"FIR(x, [])", "IIR(x, [])", "LPF(x, [])", "LPF(bare, 1)", "FIR(none, [1, 2])",
                           "IIR(none, [1, 2])", "LPF(none, 1)"})
@@ -177,7 +176,7 @@ TEST_F(Filters, DegenerateInputGivesEmptyOrNaNResults) {
     std::vector<double> iir = values("IIR(gap, [1, 0.5])");
     EXPECT_TRUE(std::isnan(iir.at(3)));
     // Complex data is refused by the host before any of them runs.
-    set("z", makeComplexVector({{1, 1}}));
+    wx.set("z", makeComplexVector({{1, 1}}));
     EXPECT_EQ(wx("FIR(z, [1])"), nullptr);
     EXPECT_EQ(wx.messages(), "Argument 1 of function 'FIR' must be real, not complex");
 }

@@ -15,21 +15,7 @@
 namespace wavex {
 namespace {
 
-// A vector as one line: strings quoted, numbers unquoted; "failed" for a failed call.
-std::string show(const VectorPtr& v) {
-    if (!v) return "failed";
-    std::string s = "[";
-    for (size_t i = 0; i < v->size(); ++i) {
-        if (i) s += ", ";
-        s += v->type == VD_STRING ? "'" + v->str[i].value_or("<null>") + "'" : formatRoundTrip(v->real[i]);
-    }
-    return s + "]";
-}
-
-struct Case {
-    const char* expression;
-    std::string value;
-};
+using test::show;
 
 class Formatting : public testing::Test {
 protected:
@@ -45,13 +31,7 @@ protected:
         setenv("TZ", tz, 1);
         tzset();
     }
-    void check(std::initializer_list<Case> cases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.expression);
-            EXPECT_EQ(show(wx(c.expression)), c.value);
-            EXPECT_EQ(wx.messages(), "");
-        }
-    }
+    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     test::Session wx;
 
 private:

@@ -68,11 +68,6 @@ std::vector<double> unevenTimes(double end, double step, unsigned seed) {
 class Fourier : public ::testing::Test {
 protected:
     test::Session wx;
-    void set(const char* name, VectorPtr v) { wx.wx.setVector(name, std::move(v)); }
-    void expectFails(const char* expression, const std::string& message) {
-        EXPECT_EQ(wx(expression), nullptr) << expression;
-        EXPECT_EQ(wx.messages(), message) << expression;
-    }
     // Succeeds silently with nothing in the result.
     void expectNoResult(const char* expression) {
         VectorPtr r = wx(expression);
@@ -88,7 +83,7 @@ protected:
 TEST_F(Fourier, FftPadsWindowsAndScales) {
     // 3 points pad to N = 4; the doubled Hann weights 0, 1, 2, 1 make 0, 2, 6, 0; X = 8 and
     // 0 + 2i − 6; scaled by 2/N, the DC term halved.
-    set("v", curve({0, 1, 2}, {1, 2, 3}));
+    wx.set("v", curve({0, 1, 2}, {1, 2, 3}));
     VectorPtr r = wx("fft(v)");
     ASSERT_NE(r, nullptr) << wx.messages();
     expectNear(complexes(r), {{2, 0}, {-3, 1}}, 1e-15, "3 points");
@@ -102,7 +97,7 @@ TEST_F(Fourier, FftPadsWindowsAndScales) {
         {"'triangle'", {{3, 0}, {-3, -1}}},         // any other name: the Hann window
         {"''", {{3, 0}, {-3, -1}}},
     };
-    set("w", curve({0, 1, 2, 3}, {1, 2, 3, 4}));
+    wx.set("w", curve({0, 1, 2, 3}, {1, 2, 3, 4}));
     for (const Case& c : cases) {
         VectorPtr s = wx(std::string("fft(w, ") + c.window + ")");
         ASSERT_NE(s, nullptr) << c.window << wx.messages();
@@ -118,7 +113,7 @@ TEST_F(Fourier, FftReadsAToneInItsBin) {
         t[i] = i * (1e-3 / 64);
         y[i] = 2 * std::cos(2 * kPi * 3000 * t[i] + 0.4);
     }
-    set("v", curve(t, y));
+    wx.set("v", curve(t, y));
     VectorPtr r = wx("fft(v, 'none')");
     ASSERT_NE(r, nullptr) << wx.messages();
     std::vector<Complex> want(32);
@@ -132,14 +127,14 @@ TEST_F(Fourier, FftReadsAToneInItsBin) {
 }
 
 TEST_F(Fourier, FftTakesItsFrequencyStepFromTheFirstInterval) {
-    set("v", curve({0, 0.5, 2, 3, 3.5}, {1, 0, 1, 0, 1}));  // N = 8: Δf = 1/(0.5·8)
+    wx.set("v", curve({0, 0.5, 2, 3, 3.5}, {1, 0, 1, 0, 1}));  // N = 8: Δf = 1/(0.5·8)
     VectorPtr r = wx("fft(v)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(frequencies(r), (std::vector<double>{0, 0.25, 0.5, 0.75}));
 }
 
 TEST_F(Fourier, FftUnitsAndReference) {
-    set("v", curve({0, 1e-3, 2e-3, 3e-3}, {1, 2, 3, 4}, units::Current));
+    wx.set("v", curve({0, 1e-3, 2e-3, 3e-3}, {1, 2, 3, 4}, units::Current));
     VectorPtr r = wx("fft(v)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(r->type, VD_COMPLEX);
@@ -151,30 +146,30 @@ TEST_F(Fourier, FftUnitsAndReference) {
 }
 
 TEST_F(Fourier, FftBadInput) {
-    set("one", curve({0}, {1}));
-    set("none", curve({}, {}));
-    set("z", makeComplexVector({{1, 1}, {2, 2}, {3, 3}}));
-    set("bare", makeRealVector({1, 2, 3, 4}));
-    set("s", makeStringVector({"a", "b"}));
-    expectFails("fft(z)", "FFT function for complex data not yet implemented.");
-    expectFails("fft(one)", "Need at least two points for FFT");
-    expectFails("fft(none)", "Need at least two points for FFT");
-    expectFails("fft(bare)", "Argument 1 in function 'fft' has no reference (xvalues)");
-    expectFails("fft(s)", "Argument 1 of function 'fft' must be real, not a string");
+    wx.set("one", curve({0}, {1}));
+    wx.set("none", curve({}, {}));
+    wx.set("z", makeComplexVector({{1, 1}, {2, 2}, {3, 3}}));
+    wx.set("bare", makeRealVector({1, 2, 3, 4}));
+    wx.set("s", makeStringVector({"a", "b"}));
+    wx.expectFails("fft(z)", "FFT function for complex data not yet implemented.");
+    wx.expectFails("fft(one)", "Need at least two points for FFT");
+    wx.expectFails("fft(none)", "Need at least two points for FFT");
+    wx.expectFails("fft(bare)", "Argument 1 in function 'fft' has no reference (xvalues)");
+    wx.expectFails("fft(s)", "Argument 1 of function 'fft' must be real, not a string");
 
     // NaN runs through the whole spectrum; equal first x values make the frequency step infinite.
-    set("gap", curve({0, 1, 2, 3}, {1, NAN, 3, 4}));
+    wx.set("gap", curve({0, 1, 2, 3}, {1, NAN, 3, 4}));
     VectorPtr r = wx("fft(gap)");
     ASSERT_NE(r, nullptr);
     for (const Complex& v : complexes(r)) EXPECT_TRUE(std::isnan(v.real()));
-    set("flat", curve({0, 0, 1, 2}, {1, 2, 3, 4}));
+    wx.set("flat", curve({0, 0, 1, 2}, {1, 2, 3, 4}));
     r = wx("fft(flat)");
     ASSERT_NE(r, nullptr);
     EXPECT_TRUE(std::isinf(frequencies(r)[1]));
 }
 
 TEST_F(Fourier, FftOneSpectrumPerRun) {
-    set("r", runs({curve({0, 1, 2}, {1, 2, 3}), curve({0, 2}, {4, 4}), curve({0, 1, 2, 3, 4}, {1, 1, 1, 1, 1})},
+    wx.set("r", runs({curve({0, 1, 2}, {1, 2, 3}), curve({0, 2}, {4, 4}), curve({0, 1, 2, 3, 4}, {1, 1, 1, 1, 1})},
                   {"a", std::nullopt, "c"}));
     VectorPtr r = wx("fft(r, 'none')");
     ASSERT_NE(r, nullptr) << wx.messages();
@@ -195,7 +190,7 @@ TEST_F(Fourier, FftOneSpectrumPerRun) {
 // ---- FourierWindow ---------------------------------------------------------------------------
 
 TEST_F(Fourier, WindowsOverTheCurvesOwnX) {
-    set("v", curve({1, 2, 3, 4}, {2, 2, 4, 4}));
+    wx.set("v", curve({1, 2, 3, 4}, {2, 2, 4, 4}));
     auto expect = [&](const char* expression, const std::vector<double>& want) {
         VectorPtr r = wx(expression);
         ASSERT_NE(r, nullptr) << expression << ": " << wx.messages();
@@ -224,7 +219,7 @@ TEST_F(Fourier, WindowsOverTheCurvesOwnX) {
 }
 
 TEST_F(Fourier, WindowKeepsUnitsAndSharesTheReference) {
-    set("v", curve({0, 1, 2}, {1, 1, 1}, units::Current));
+    wx.set("v", curve({0, 1, 2}, {1, 1, 1}, units::Current));
     VectorPtr r = wx("FourierWindow(v)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(r->phys, units::Current);
@@ -234,11 +229,11 @@ TEST_F(Fourier, WindowKeepsUnitsAndSharesTheReference) {
 }
 
 TEST_F(Fourier, WindowWithoutUsableInputGivesNothing) {
-    set("v", curve({0, 1, 2}, {1, 2, 3}));
-    set("bare", makeRealVector({1, 2, 3}));
-    set("one", curve({5}, {1}));
-    set("none", curve({}, {}));
-    set("badx", curve({0, 1, NAN}, {1, 2, 3}));
+    wx.set("v", curve({0, 1, 2}, {1, 2, 3}));
+    wx.set("bare", makeRealVector({1, 2, 3}));
+    wx.set("one", curve({5}, {1}));
+    wx.set("none", curve({}, {}));
+    wx.set("badx", curve({0, 1, NAN}, {1, 2, 3}));
     for (const char* e : {"FourierWindow(v, 'hanning', 0)", "FourierWindow(v, 'hanning', -1)",
                           "FourierWindow(v, 'hanning', NaN)", "FourierWindow(bare)", "FourierWindow(one)",
                           "FourierWindow(none)", "FourierWindow(badx)"})
@@ -246,7 +241,7 @@ TEST_F(Fourier, WindowWithoutUsableInputGivesNothing) {
 }
 
 TEST_F(Fourier, WindowPerRunOverItsOwnSpan) {
-    set("r", runs({curve({0, 1, 2}, {1, 1, 1}), curve({10, 12, 14, 16, 18}, {1, 1, 1, 1, 1})}, {}));
+    wx.set("r", runs({curve({0, 1, 2}, {1, 1, 1}), curve({10, 12, 14, 16, 18}, {1, 1, 1, 1, 1})}, {}));
     VectorPtr r = wx("FourierWindow(r)");
     ASSERT_NE(r, nullptr) << wx.messages();
     ASSERT_EQ(r->numDivisions(), 2u);
@@ -263,7 +258,7 @@ TEST_F(Fourier, HarmonicsOfASumOfSines) {
     for (auto [mode, step] : {std::pair{"", 2e-7}, std::pair{", [0, 1]", 2e-7}, std::pair{", [1]", 5e-8}}) {
         std::vector<double> t = unevenTimes(3.3e-3, step, 5), y;
         for (double s : t) y.push_back(0.5 + std::cos(w * s + 0.3) + 0.25 * std::sin(3 * w * s - 1.1));
-        set("v", curve(t, y));
+        wx.set("v", curve(t, y));
         VectorPtr r = wx(std::string("Fourier(v, 1k, 5") + mode + ")");
         ASSERT_NE(r, nullptr) << wx.messages();
         expectNear(complexes(r), {0.5, std::polar(1.0, -0.3), 0, std::polar(0.25, 1.1 + kPi / 2), 0}, 1e-6, mode);
@@ -277,7 +272,7 @@ TEST_F(Fourier, HarmonicsOfASumOfSines) {
 // y = t² sampled at t = 0, 0.5, 1 and analysed at f0 = 1: the DC term is the mean of the period
 // as each mode sees the curve.
 TEST_F(Fourier, ModeAndOrderChooseHowTheCurveIsRead) {
-    set("v", curve({0, 0.5, 1}, {0, 0.25, 1}));
+    wx.set("v", curve({0, 0.5, 1}, {0, 0.25, 1}));
     auto dc = [&](const char* expression) {
         VectorPtr r = wx(expression);
         EXPECT_NE(r, nullptr) << expression << ": " << wx.messages();
@@ -306,12 +301,12 @@ TEST_F(Fourier, ModeAndOrderChooseHowTheCurveIsRead) {
 }
 
 TEST_F(Fourier, HarmonicsWithoutUsableInputGiveNothing) {
-    set("v", curve({0, 0.25, 0.5, 0.75, 1}, {0, 1, 0, -1, 0}));
-    set("two", curve({0, 1}, {1, 2}));
-    set("bare", makeRealVector({0, 1, 0, -1, 0}));
+    wx.set("v", curve({0, 0.25, 0.5, 0.75, 1}, {0, 1, 0, -1, 0}));
+    wx.set("two", curve({0, 1}, {1, 2}));
+    wx.set("bare", makeRealVector({0, 1, 0, -1, 0}));
     std::vector<double> t(201), y(201);
     for (int i = 0; i < 201; ++i) t[i] = i / 200.0;
-    set("dense", curve(t, y));
+    wx.set("dense", curve(t, y));
     for (const char* e : {"Fourier(dense, 1, 1e8, [1])",  // 2·10^10 terms of integration
                           "Fourier(two, 1, 3)", "Fourier(bare, 1, 3)", "Fourier(v, 0, 3)", "Fourier(v, -1, 3)",
                           "Fourier(v, NaN, 3)", "Fourier(v, 1, 0)", "Fourier(v, 1, 0.9)", "Fourier(v, 1, NaN)",
@@ -328,7 +323,7 @@ TEST_F(Fourier, HarmonicsPerRun) {
         y1.push_back(std::sin(2 * kPi * 1000 * s));
         y2.push_back(3 * std::sin(2 * kPi * 1000 * s));
     }
-    set("r", runs({curve(t, y1), curve(t, y2)}, {"1", "3"}));
+    wx.set("r", runs({curve(t, y1), curve(t, y2)}, {"1", "3"}));
     VectorPtr r = wx("Fourier(r, 1k, 2)");
     ASSERT_NE(r, nullptr) << wx.messages();
     ASSERT_EQ(r->numDivisions(), 2u);
@@ -339,7 +334,7 @@ TEST_F(Fourier, HarmonicsPerRun) {
 // ---- SpectrumUniv ------------------------------------------------------------------------------
 
 TEST_F(Fourier, SpectrumOfAnEvenCurveIsItsFft) {
-    set("v", curve({0, 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7}, {1, 3, -2, 5, 0, 1, 4, -1}));
+    wx.set("v", curve({0, 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7}, {1, 3, -2, 5, 0, 1, 4, -1}));
     VectorPtr s = wx("SpectrumUniv(v, 8)");
     VectorPtr f = wx("fft(v)");
     ASSERT_NE(s, nullptr) << wx.messages();
@@ -357,7 +352,7 @@ TEST_F(Fourier, SpectrumOfAnUnevenlySampledTone) {
     const double df = 255.0 / 256 / 1e-3;
     std::vector<double> t = unevenTimes(1e-3, 2e-7, 3), y;
     for (double s : t) y.push_back(1.5 * std::cos(2 * kPi * 5 * df * s));
-    set("v", curve(t, y, units::Current));
+    wx.set("v", curve(t, y, units::Current));
     VectorPtr r = wx("SpectrumUniv(v, 200)");
     ASSERT_NE(r, nullptr) << wx.messages();
     std::vector<Complex> v = complexes(r);
@@ -373,16 +368,16 @@ TEST_F(Fourier, SpectrumOfAnUnevenlySampledTone) {
 }
 
 TEST_F(Fourier, SpectrumBadInput) {
-    set("v", curve({0, 1, 2}, {1, 2, 3}));
-    set("one", curve({0}, {1}));
-    set("bare", makeRealVector({1, 2, 3}));
-    set("flat", curve({1, 2, 1}, {1, 2, 3}));
-    expectFails("SpectrumUniv(one, 8)", "Need at least two points for FFT");
-    expectFails("SpectrumUniv(bare, 8)", "Argument 1 in function 'SpectrumUniv' has no reference (xvalues)");
-    expectFails("SpectrumUniv(flat, 8)", "Invalid data for 'SpectrumUniv'. Data has no reference or interval<=0");
-    expectFails("SpectrumUniv(v, 1)", "Need at least 2 points for interpolation in function 'SpectrumUniv'");
-    expectFails("SpectrumUniv(v, NaN)", "Need at least 2 points for interpolation in function 'SpectrumUniv'");
-    expectFails("SpectrumUniv(v, 1e18)", "Too many points (1e+18) for interpolation in function 'SpectrumUniv'");
+    wx.set("v", curve({0, 1, 2}, {1, 2, 3}));
+    wx.set("one", curve({0}, {1}));
+    wx.set("bare", makeRealVector({1, 2, 3}));
+    wx.set("flat", curve({1, 2, 1}, {1, 2, 3}));
+    wx.expectFails("SpectrumUniv(one, 8)", "Need at least two points for FFT");
+    wx.expectFails("SpectrumUniv(bare, 8)", "Argument 1 in function 'SpectrumUniv' has no reference (xvalues)");
+    wx.expectFails("SpectrumUniv(flat, 8)", "Invalid data for 'SpectrumUniv'. Data has no reference or interval<=0");
+    wx.expectFails("SpectrumUniv(v, 1)", "Need at least 2 points for interpolation in function 'SpectrumUniv'");
+    wx.expectFails("SpectrumUniv(v, NaN)", "Need at least 2 points for interpolation in function 'SpectrumUniv'");
+    wx.expectFails("SpectrumUniv(v, 1e18)", "Too many points (1e+18) for interpolation in function 'SpectrumUniv'");
 }
 
 }  // namespace

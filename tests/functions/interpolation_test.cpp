@@ -50,11 +50,6 @@ std::vector<double> grid(double from, double step, int n) {
 class Interpolation : public ::testing::Test {
 protected:
     test::Session wx;
-    void set(const char* name, VectorPtr v) { wx.wx.setVector(name, std::move(v)); }
-    void expectFails(const char* expression, const std::string& message) {
-        EXPECT_EQ(wx(expression), nullptr) << expression;
-        EXPECT_EQ(wx.messages(), message) << expression;
-    }
     // The number of values of a result, or -1 (with the messages shown) when the call failed.
     long count(const char* expression) {
         VectorPtr r = wx(expression);
@@ -69,7 +64,7 @@ protected:
 TEST_F(Interpolation, InterpCountsSpacingAndEnds) {
     std::vector<double> x = grid(0, 0.1, 11), sq;
     for (double v : x) sq.push_back(v * v);
-    set("sq", curve(x, sq));
+    wx.set("sq", curve(x, sq));
 
     // Ten points over 0 ... 1, the end excluded; quadratic data is reproduced.
     VectorPtr r = wx("Interp(sq, 10)");
@@ -92,7 +87,7 @@ TEST_F(Interpolation, InterpCountsSpacingAndEnds) {
     EXPECT_EQ(xs(wx("Interp(sq, [4, 0.25, 0.75])")), grid(0.25, 0.125, 4));
 
     // Spacing mode: 0.3 / 0.1 is 2.9999999999999996, and the allowance still counts the end.
-    set("short", curve({0, 0.1, 0.2, 0.3}, {0, 1, 2, 3}));
+    wx.set("short", curve({0, 0.1, 0.2, 0.3}, {0, 1, 2, 3}));
     r = wx("Interp(short, 0.1, 1, [0, 1])");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(xs(r), grid(0, 0.1, 4));
@@ -102,9 +97,9 @@ TEST_F(Interpolation, InterpCountsSpacingAndEnds) {
 }
 
 TEST_F(Interpolation, InterpOrders) {
-    set("v", curve({0, 1, 2, 3, 4}, {0, 1, 4, 9, 16}));
-    set("d", curve({0, 1, 2, 3, 4}, {0, 1, 4, 9, 16}, units::Digital));
-    set("three", curve({0, 1, 2}, {0, 1, 4}));
+    wx.set("v", curve({0, 1, 2, 3, 4}, {0, 1, 4, 9, 16}));
+    wx.set("d", curve({0, 1, 2, 3, 4}, {0, 1, 4, 9, 16}, units::Digital));
+    wx.set("three", curve({0, 1, 2}, {0, 1, 4}));
     // Default (the option InterpOrder, 2): the parabola; order 1: the chords.
     EXPECT_EQ(reals(wx("Interp(v, [4, 0.5, 4.5])")), (std::vector<double>{0.25, 2.25, 6.25, 12.25}));
     EXPECT_EQ(reals(wx("Interp(v, [4, 0.5, 4.5], 1)")), (std::vector<double>{0.5, 2.5, 6.5, 12.5}));
@@ -128,7 +123,7 @@ TEST_F(Interpolation, InterpWithoutReferenceSinglePointsAndDivisions) {
     EXPECT_FALSE(r->ref.present());
 
     // One point: passed through with the option (nothing else set), else held.
-    set("one", curve({2}, {7}));
+    wx.set("one", curve({2}, {7}));
     r = wx("Interp(one, 5, 2, [0, 0, 1])");
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(reals(r), std::vector<double>{7});
@@ -136,15 +131,15 @@ TEST_F(Interpolation, InterpWithoutReferenceSinglePointsAndDivisions) {
     EXPECT_EQ(r->phys, units::Number);
     EXPECT_EQ(reals(wx("Interp(one, [3, 0, 3])")), (std::vector<double>{7, 7, 7}));
     // An empty curve gives an empty result; a falling span is filled in order.
-    set("empty", curve({}, {}));
+    wx.set("empty", curve({}, {}));
     r = wx("Interp(empty, 5)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(r->size(), 0u);
-    set("line", curve({0, 1, 2, 3}, {0, 10, 20, 30}));
+    wx.set("line", curve({0, 1, 2, 3}, {0, 10, 20, 30}));
     EXPECT_EQ(reals(wx("Interp(line, [3, 3, 0], 1, [1])")), (std::vector<double>{30, 15, 0}));
 
     // Each run resampled on its own.
-    set("runs", runs({curve({0, 1, 2}, {0, 1, 2}), curve({0, 2, 4}, {5, 3, 1})}, {"a", "b"}));
+    wx.set("runs", runs({curve({0, 1, 2}, {0, 1, 2}), curve({0, 2, 4}, {5, 3, 1})}, {"a", "b"}));
     r = wx("Interp(runs, 2)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(reals(r), (std::vector<double>{0, 1, 5, 3}));
@@ -154,28 +149,28 @@ TEST_F(Interpolation, InterpWithoutReferenceSinglePointsAndDivisions) {
 }
 
 TEST_F(Interpolation, InterpRefusals) {
-    set("v", curve({0, 1, 2}, {0, 1, 4}));
+    wx.set("v", curve({0, 1, 2}, {0, 1, 4}));
     const std::string fewer = "Need at least 2 points for interpolation in function 'Interp'";
     const std::string invalid = "Invalid data for 'Interp'. Data has no reference or interval<=0";
-    expectFails("Interp(v, 1)", fewer);
-    expectFails("Interp(v, 1.9)", fewer);
-    expectFails("Interp(v, NaN)", fewer);
-    expectFails("Interp(v, [])", fewer);
-    expectFails("Interp(v, 5, 2, [0, 1])", fewer);  // spacing 5 over a span of 2: one point
-    expectFails("Interp(v, 0, 2, [0, 1])", invalid);
-    expectFails("Interp(v, -0.5, 2, [0, 1])", invalid);
-    expectFails("Interp([1, 2, 3], 0.5, 2, [0, 1])", invalid);
-    expectFails("Interp(v, 1e15)", "Too many points (1e+15) for interpolation in function 'Interp'");
-    expectFails("Interp(v, 1e-300, 2, [0, 1])",
+    wx.expectFails("Interp(v, 1)", fewer);
+    wx.expectFails("Interp(v, 1.9)", fewer);
+    wx.expectFails("Interp(v, NaN)", fewer);
+    wx.expectFails("Interp(v, [])", fewer);
+    wx.expectFails("Interp(v, 5, 2, [0, 1])", fewer);  // spacing 5 over a span of 2: one point
+    wx.expectFails("Interp(v, 0, 2, [0, 1])", invalid);
+    wx.expectFails("Interp(v, -0.5, 2, [0, 1])", invalid);
+    wx.expectFails("Interp([1, 2, 3], 0.5, 2, [0, 1])", invalid);
+    wx.expectFails("Interp(v, 1e15)", "Too many points (1e+15) for interpolation in function 'Interp'");
+    wx.expectFails("Interp(v, 1e-300, 2, [0, 1])",
                 "Too many points (2e+300) for interpolation in function 'Interp'");
-    expectFails("Interp(v, Inf)", "Too many points (inf) for interpolation in function 'Interp'");
+    wx.expectFails("Interp(v, Inf)", "Too many points (inf) for interpolation in function 'Interp'");
 }
 
 TEST_F(Interpolation, ComplexReferencesAreReadByTheirRealParts) {
     // A response over frequencies kept as complex numbers.
     auto v = std::make_shared<Vector>(*makeRealVector({0, 10, 20}, units::Voltage));
     v->ref = Reference::fromComplex({{100, 0}, {200, 0}, {300, 0}}, units::Frequency, "frequency");
-    set("ac", v);
+    wx.set("ac", v);
     VectorPtr r = wx("Interp(ac, 4, 1, [1])");
     ASSERT_NE(r, nullptr) << wx.messages();
     const double want[] = {0, 20.0 / 3, 40.0 / 3, 20};
@@ -194,7 +189,7 @@ TEST_F(Interpolation, ComplexReferencesAreReadByTheirRealParts) {
 TEST_F(Interpolation, CrossingsOfASine) {
     std::vector<double> x = grid(0, 0.01, 201), y;
     for (double t : x) y.push_back(std::sin(2 * M_PI * t));
-    set("v", curve(x, y));
+    wx.set("v", curve(x, y));
     auto near = [](const VectorPtr& r, std::vector<double> want) {
         ASSERT_NE(r, nullptr);
         ASSERT_EQ(r->size(), want.size());
@@ -235,7 +230,7 @@ TEST_F(Interpolation, CrossingsOfASine) {
 
 TEST_F(Interpolation, CrossingSearchesPerRunAndBadInput) {
     // A triangle: exact under any order. Run a crosses 1.5 twice, run b not at all.
-    set("runs", runs({curve({0, 1, 2, 3, 4}, {0, 1, 2, 1, 0}), curve({0, 1}, {0, 1})}, {"a", "b"}));
+    wx.set("runs", runs({curve({0, 1, 2, 3, 4}, {0, 1, 2, 1, 0}), curve({0, 1}, {0, 1})}, {"a", "b"}));
     VectorPtr r = wx("XFromY(runs, 1.5, 1)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(reals(r), (std::vector<double>{1.5, 2.5}));
@@ -243,24 +238,24 @@ TEST_F(Interpolation, CrossingSearchesPerRunAndBadInput) {
     EXPECT_EQ(r->divisionLength(1), 0u);
     EXPECT_EQ(r->label(0), "a");
     // Levels that step with the runs.
-    set("levels", runs({curve({0}, {1.5}), curve({0}, {0.25})}, {}));
+    wx.set("levels", runs({curve({0}, {1.5}), curve({0}, {0.25})}, {}));
     EXPECT_EQ(reals(wx("XFromY(runs, levels, 1)")), (std::vector<double>{1.5, 2.5, 0.25}));
 
     // x values that turn back reach an x more than once.
-    set("loop", curve({0, 1, 2, 1}, {10, 20, 30, 40}));
+    wx.set("loop", curve({0, 1, 2, 1}, {10, 20, 30, 40}));
     EXPECT_EQ(reals(wx("YFromX(loop, 1.5, 1)")), (std::vector<double>{25, 35}));
 
-    expectFails("XFromY([1, 2, 3], 2)", "Argument 1 in function 'XFromY' has no reference (xvalues)");
-    expectFails("YFromX([1, 2, 3], 2)", "Argument 1 in function 'YFromX' has no reference (xvalues)");
-    set("z", makeComplexVector({1, 2}));
-    expectFails("XFromY(z, 1)", "Argument 1 of function 'XFromY' must be real, not complex");
+    wx.expectFails("XFromY([1, 2, 3], 2)", "Argument 1 in function 'XFromY' has no reference (xvalues)");
+    wx.expectFails("YFromX([1, 2, 3], 2)", "Argument 1 in function 'YFromX' has no reference (xvalues)");
+    wx.set("z", makeComplexVector({1, 2}));
+    wx.expectFails("XFromY(z, 1)", "Argument 1 of function 'XFromY' must be real, not complex");
     // NaN breaks the curve; empty and one-point curves have nothing or their one point.
-    set("gap", curve({0, 1, 2, 3}, {0, kNaN, 2, 3}));
+    wx.set("gap", curve({0, 1, 2, 3}, {0, kNaN, 2, 3}));
     EXPECT_EQ(reals(wx("XFromY(gap, 2.5, 1)")), std::vector<double>{2.5});
     EXPECT_EQ(count("XFromY(gap, 0.5)"), 0);
-    set("empty", curve({}, {}));
+    wx.set("empty", curve({}, {}));
     EXPECT_EQ(count("XFromY(empty, 0)"), 0);
-    set("one", curve({3}, {7}));
+    wx.set("one", curve({3}, {7}));
     EXPECT_EQ(reals(wx("YFromX(one, 3)")), std::vector<double>{7});
 }
 
@@ -271,8 +266,8 @@ TEST_F(Interpolation, CrossingSearchesPerRunAndBadInput) {
 class Delay : public Interpolation {
 protected:
     void SetUp() override {
-        set("clk", curve({0, 1, 2, 3, 4, 5, 6}, {0, 1, 0, 1, 0, 1, 0}));
-        set("early", curve({-0.25, 0.75, 1.75, 2.75, 3.75, 4.75, 5.75}, {0, 1, 0, 1, 0, 1, 0}, units::Voltage,
+        wx.set("clk", curve({0, 1, 2, 3, 4, 5, 6}, {0, 1, 0, 1, 0, 1, 0}));
+        wx.set("early", curve({-0.25, 0.75, 1.75, 2.75, 3.75, 4.75, 5.75}, {0, 1, 0, 1, 0, 1, 0}, units::Voltage,
                            units::Time, "t2"));
     }
 };
@@ -303,9 +298,9 @@ TEST_F(Delay, EachEdgePairsWithAnEarlierEdgeOfTheSecondSignal) {
 }
 
 TEST_F(Delay, SignalsWithoutReference) {
-    expectFails("PropagationDelay([0, 1], clk, 0.5, 0.5)",
+    wx.expectFails("PropagationDelay([0, 1], clk, 0.5, 0.5)",
                 "Argument 1 in function 'PropagationDelay' has no reference (xvalues)");
-    expectFails("PropagationDelay(clk, [0, 1], 0.5, 0.5)",
+    wx.expectFails("PropagationDelay(clk, [0, 1], 0.5, 0.5)",
                 "Argument 1 in function 'PropagationDelay' has no reference (xvalues)");
 }
 
@@ -317,10 +312,10 @@ TEST_F(Interpolation, CurvesFromTwoVectors) {
         r->name = name;
         return r;
     };
-    set("y5", named({1, 2, 3, 4, 5}, units::Voltage, "out"));
-    set("x3", named({0.1, 0.2, 0.3}, units::Time, "t"));
-    set("x4", named({3, 1, 2, 1}, units::Time, "t"));
-    set("y4", named({10, 20, 30, 40}, units::Voltage, "out"));
+    wx.set("y5", named({1, 2, 3, 4, 5}, units::Voltage, "out"));
+    wx.set("x3", named({0.1, 0.2, 0.3}, units::Time, "t"));
+    wx.set("x4", named({3, 1, 2, 1}, units::Time, "t"));
+    wx.set("y4", named({10, 20, 30, 40}, units::Voltage, "out"));
 
     // y keeps its length; x values it lacks are NaN, extra ones dropped.
     VectorPtr r = wx("XY(y5, x3)");
@@ -350,9 +345,9 @@ TEST_F(Interpolation, CurvesFromTwoVectors) {
 // ---- Range, Ref, Coll ----
 
 TEST_F(Interpolation, RangeCutsAnyKindWithItsReference) {
-    set("v", curve({0, 1, 2, 3, 4}, {10, 11, 12, 13, 14}));
+    wx.set("v", curve({0, 1, 2, 3, 4}, {10, 11, 12, 13, 14}));
     for (const char* e : {"Range(v, 2, 1)", "Range(v, -1)", "Range(v, 0, 5)", "Range(v, NaN)", "Range([], 0)"})
-        expectFails(e, "Invalid range in 'Range()' function");
+        wx.expectFails(e, "Invalid range in 'Range()' function");
 
     VectorPtr r = wx("Range(v, 3, 3)");
     ASSERT_NE(r, nullptr);
@@ -366,25 +361,25 @@ TEST_F(Interpolation, RangeCutsAnyKindWithItsReference) {
     EXPECT_EQ(reals(wx("Range(v, 3)")), (std::vector<double>{13, 14}));
 
     // Strings (each a copy; a null stays null) and complex values; no reference: unit 24.
-    set("s", makeStringVector({"a", std::nullopt, "c"}));
+    wx.set("s", makeStringVector({"a", std::nullopt, "c"}));
     r = wx("Range(s, 1)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(strings(r), (std::vector<std::string>{"<null>", "c"}));
     EXPECT_EQ(r->ref.phys, units::NoRef);
-    set("z", makeComplexVector({{1, 2}, {3, 4}}, units::Current));
+    wx.set("z", makeComplexVector({{1, 2}, {3, 4}}, units::Current));
     r = wx("Range(z, 1)");
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(test::complexes(r), std::vector<Complex>{Complex(3, 4)});
     EXPECT_EQ(r->phys, units::Current);
 
     // Per run.
-    set("runs", runs({curve({0, 1, 2}, {1, 2, 3}), curve({5, 6}, {7, 8})}, {}));
+    wx.set("runs", runs({curve({0, 1, 2}, {1, 2, 3}), curve({5, 6}, {7, 8})}, {}));
     EXPECT_EQ(reals(wx("Range(runs, 1)")), (std::vector<double>{2, 3, 8}));
     EXPECT_EQ(xs(wx("Range(runs, 0, 0)")), (std::vector<double>{0, 5}));
 }
 
 TEST_F(Interpolation, RefAndColl) {
-    set("v", curve({0.5, 1.5}, {1, 2}));
+    wx.set("v", curve({0.5, 1.5}, {1, 2}));
     VectorPtr r = wx("Ref(v)");
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(reals(r), (std::vector<double>{0.5, 1.5}));
@@ -396,7 +391,7 @@ TEST_F(Interpolation, RefAndColl) {
     EXPECT_EQ(r->size(), 0u);
 
     // The first point of each run, over the first x of each; an empty run gives NaN.
-    set("runs", runs({curve({0, 1}, {1, 2}), curve({5, 6}, {7, 8}), curve({}, {})}, {"a", "b", "c"}));
+    wx.set("runs", runs({curve({0, 1}, {1, 2}), curve({5, 6}, {7, 8}), curve({}, {})}, {"a", "b", "c"}));
     EXPECT_EQ(reals(wx("Ref(runs)")), (std::vector<double>{0, 1, 5, 6}));
     r = wx("Coll(runs)");
     ASSERT_NE(r, nullptr) << wx.messages();

@@ -9,19 +9,7 @@
 namespace wavex {
 namespace {
 
-// A string vector as one line, "failed" for a failed call.
-std::string show(const VectorPtr& v) {
-    if (!v) return "failed";
-    if (v->type != VD_STRING) return v->size() ? "not strings" : "[]";
-    std::string s = "[";
-    for (size_t i = 0; i < v->size(); ++i) s += (i ? ", '" : "'") + v->str[i].value_or("<null>") + "'";
-    return s + "]";
-}
-
-struct Case {
-    const char* expression;
-    const char* value;
-};
+using test::show;
 
 class ParameterStrings : public testing::Test {
 protected:
@@ -29,13 +17,7 @@ protected:
         wx.wx.setVector("p", makeStringVector({"a b c=1 d=2"}));
         wx.wx.setVector("q", makeStringVector({"w=1u l=\"0.5 u\" m='2'"}));
     }
-    void check(std::initializer_list<Case> cases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.expression);
-            EXPECT_EQ(show(wx(c.expression)), c.value);
-            EXPECT_EQ(wx.messages(), "");
-        }
-    }
+    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     test::Session wx;
 };
 

@@ -23,7 +23,6 @@ VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = u
 class Reductions : public ::testing::Test {
 protected:
     test::Session wx;
-    void set(const char* name, VectorPtr v) { wx.wx.setVector(name, std::move(v)); }
     double value(const char* expression) {
         VectorPtr r = wx(expression);
         EXPECT_NE(r, nullptr) << expression << ": " << wx.messages();
@@ -38,14 +37,14 @@ protected:
 };
 
 TEST_F(Reductions, IntegralsAgainstClosedForms) {
-    set("ramp", curve({0, 0.25, 0.5, 0.75, 1}, {0, 0.25, 0.5, 0.75, 1}));
-    set("two", curve({0, 0.5, 2, 3}, {2, 2, 2, 2}));
+    wx.set("ramp", curve({0, 0.25, 0.5, 0.75, 1}, {0, 0.25, 0.5, 0.75, 1}));
+    wx.set("two", curve({0, 0.5, 2, 3}, {2, 2, 2, 2}));
     std::vector<double> x, y;
     for (int i = 0; i <= 1000; ++i) {
         x.push_back(i / 1000.0);
         y.push_back(std::sin(2 * M_PI * x.back()));
     }
-    set("sine", curve(x, y));
+    wx.set("sine", curve(x, y));
 
     struct Case {
         const char* expression;
@@ -72,7 +71,7 @@ TEST_F(Reductions, IntegralsAgainstClosedForms) {
     for (const Case& c : cases) EXPECT_NEAR(value(c.expression), c.want, c.tolerance) << c.expression;
 
     // One point: Mean1 divides 0 by a zero span, RMS1 gives 0.
-    set("one", curve({1}, {3}));
+    wx.set("one", curve({1}, {3}));
     EXPECT_TRUE(std::isnan(value("Mean1(one)")));
     EXPECT_EQ(value("RMS1(one)"), 0);
 }
@@ -80,7 +79,7 @@ TEST_F(Reductions, IntegralsAgainstClosedForms) {
 TEST_F(Reductions, IntegralUnitsAndRuns) {
     // A noise density in V/√Hz over frequency: its root sum of squares is in volts.
     const PhysType density = *units::fromSymbol("V/sqrt(Hz)");
-    set("noise", curve({0, 100}, {1e-9, 1e-9}, density, units::Frequency));
+    wx.set("noise", curve({0, 100}, {1e-9, 1e-9}, density, units::Frequency));
     VectorPtr r = wx("SumNoise(noise)");
     ASSERT_NE(r, nullptr);
     EXPECT_DOUBLE_EQ(r->real[0], 1e-8);
@@ -94,7 +93,7 @@ TEST_F(Reductions, IntegralUnitsAndRuns) {
     auto v = std::make_shared<Vector>(*curve({0, 1, 0, 2}, {1, 3, 5, 5}));
     v->setDivisionLengths({2, 2});
     v->labels = {"a", "b"};
-    set("runs", v);
+    wx.set("runs", v);
     r = wx("Mean1(runs)");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(reals(r), (std::vector<double>{2, 5}));
@@ -102,8 +101,8 @@ TEST_F(Reductions, IntegralUnitsAndRuns) {
 }
 
 TEST_F(Reductions, IntegralFailuresAndTheirStatus) {
-    set("ramp", curve({0, 1, 2}, {0, 1, 2}));
-    set("back", curve({0, 2, 1, 3}, {0, 1, 2, 3}));
+    wx.set("ramp", curve({0, 1, 2}, {0, 1, 2}));
+    wx.set("back", curve({0, 2, 1, 3}, {0, 1, 2, 3}));
     struct Case {
         const char* expression;
         const char* message;
@@ -131,13 +130,13 @@ TEST_F(Reductions, IntegralFailuresAndTheirStatus) {
         EXPECT_EQ(wx.messages(), std::string("The x value specified for the '") + (e[0] == 'M' ? "Mean1" : "RMS1") +
                                      "' function is out of range");
     }
-    set("z", makeComplexVector({1}));
+    wx.set("z", makeComplexVector({1}));
     EXPECT_EQ(wx("Mean1(z)"), nullptr);
     EXPECT_EQ(wx.messages(), "Argument 1 of function 'Mean1' must be real, not complex");
 }
 
 TEST_F(Reductions, MaximumAndMinimum) {
-    set("v", curve({0, 1, 2, 3, 4}, {1, 3, 3, -2, 0}));
+    wx.set("v", curve({0, 1, 2, 3, 4}, {1, 3, 3, -2, 0}));
     struct Case {
         const char* expression;
         double value, x;
@@ -158,7 +157,7 @@ TEST_F(Reductions, MaximumAndMinimum) {
         EXPECT_EQ(r->ref.phys, units::Time);
     }
     // Complex values compare by magnitude; without reference there is no x to give.
-    set("z", makeComplexVector({{3, 4}, {0, -6}, {1, 0}}));
+    wx.set("z", makeComplexVector({{3, 4}, {0, -6}, {1, 0}}));
     VectorPtr r = wx("Maximum(z)");
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(reals(r), std::vector<double>{6});
@@ -210,7 +209,7 @@ TEST_F(Reductions, LocateOnesZeros) {
     // Ones and Zeros see all divisions together.
     auto v = std::make_shared<Vector>(*makeRealVector({1, 1, 1}));
     v->setDivisionLengths({1, 2});
-    set("runs", v);
+    wx.set("runs", v);
     EXPECT_EQ(reals(wx("Ones(runs)")), std::vector<double>{1});
 }
 

@@ -10,27 +10,9 @@
 namespace wavex {
 namespace {
 
+using test::show;
+
 using test::Session;
-
-// A vector as one line: strings quoted, null elements as <null>, numbers unquoted.
-std::string show(const VectorPtr& v) {
-    if (!v) return "failed";
-    std::string s = "[";
-    for (size_t i = 0; i < v->size(); ++i) {
-        if (i) s += ", ";
-        switch (v->type) {
-            case VD_REAL: s += formatRoundTrip(v->real[i]); break;
-            case VD_COMPLEX: s += formatRoundTrip(v->cplx[i].real()) + "," + formatRoundTrip(v->cplx[i].imag()); break;
-            default: s += v->str[i] ? "'" + *v->str[i] + "'" : "<null>"; break;
-        }
-    }
-    return s + "]";
-}
-
-struct Case {
-    const char* expression;
-    std::string value;
-};
 
 class Strings : public testing::Test {
 protected:
@@ -39,13 +21,7 @@ protected:
         wx.wx.setVector("latin", makeStringVector({"\xe9t\xe9"}));
         wx.wx.setVector("z", makeComplexVector({{1.5, -2}, {0, 1}}));
     }
-    void check(std::initializer_list<Case> cases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.expression);
-            EXPECT_EQ(show(wx(c.expression)), c.value);
-            EXPECT_EQ(wx.messages(), "");
-        }
-    }
+    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     Session wx;
 };
 
