@@ -150,6 +150,13 @@ private:
     const char* alias_;
 };
 
+// The most elements a function makes from a count in its arguments (`MakeString(1e12)`, `MapArray`
+// with a huge position): more is refused with "Function '%s' cannot make %d elements: the limit is
+// %d" rather than left to exhaust memory. A string element costs some 40 bytes before any text, so
+// the limit stands at about 2 GB.
+inline constexpr int64_t kMaxMadeElements = 50'000'000;
+bool withinMadeElementLimit(int64_t n, const FuncInfo* info, MessageHandler& messages);
+
 // Read-only view of a call's arguments. Under a per-division call, the data, length and reference
 // of an argument flagged MULTI_EACH are those of the current division; `totalLength` stays that of
 // the whole argument.
@@ -229,6 +236,10 @@ public:
     bool allocateRef(int64_t length, ResultAllocType allocType, int64_t total);
     // A real vector of `length` values without a reference (scalar queries).
     double* makeRealNoRef(int64_t length);
+    // A unitless string vector of `length` null elements, or of the one string `value`, without a
+    // reference (text results).
+    bool makeStrings(int64_t length);
+    bool makeString(std::string value);
 
     // Writable data of the current division (or of division `division`).
     double* data();

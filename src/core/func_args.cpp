@@ -183,6 +183,24 @@ double* FuncResult::makeRealNoRef(int64_t length) {
     return allocate(length, RESULT_OWN, 0) ? data() : nullptr;
 }
 
+bool FuncResult::makeStrings(int64_t length) {
+    setType(VD_STRING, VD_NONE);
+    setPhysType(units::Number, units::NoRef);
+    return allocate(length, RESULT_OWN, -1);
+}
+
+bool FuncResult::makeString(std::string value) {
+    if (!makeStrings(1)) return false;
+    stringData()[0] = std::move(value);
+    return true;
+}
+
+bool withinMadeElementLimit(int64_t n, const FuncInfo* info, MessageHandler& messages) {
+    if (n <= kMaxMadeElements) return true;
+    messages.error("Function '%s' cannot make %d elements: the limit is %d", info->name, n, kMaxMadeElements);
+    return false;
+}
+
 bool FuncResult::allocateRef(int64_t length, ResultAllocType, int64_t) {
     materialize();
     if (length < 0) return false;

@@ -27,14 +27,6 @@ bool given(const FuncArgs& args, int i) { return args.count() > i; }
 
 std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
 
-FUNC_ERROR oneString(FuncResult* result, std::string s) {
-    result->setType(VD_STRING, VD_NONE);
-    result->setPhysType(units::Number, units::NoRef);
-    if (!result->allocate(1, RESULT_OWN, -1)) return FUNC_FAILED;
-    result->stringData()[0] = std::move(s);
-    return FUNC_OK;
-}
-
 // An integer read from a date field, when it fits an int as the C library's broken-down time needs.
 std::optional<int> fieldInt(int64_t v) {
     if (v < std::numeric_limits<int>::min() || v > std::numeric_limits<int>::max()) return std::nullopt;
@@ -148,7 +140,7 @@ FUNC_ERROR sprintfNumber(WAVEX_HANDLER_PARAMS) {
         }
     }
     std::optional<std::string> text = formatPrintf(first(args, 0), values);
-    return text ? oneString(result, std::move(*text)) : FUNC_OK;
+    return !text || result->makeString(std::move(*text)) ? FUNC_OK : FUNC_FAILED;
 }
 
 // ---- Dates -----------------------------------------------------------------------------------------
@@ -204,7 +196,7 @@ FUNC_ERROR unixTimeToIso(WAVEX_HANDLER_PARAMS) {
     char text[48];
     std::snprintf(text, sizeof text, "%lld-%02d-%02d", static_cast<long long>(local.tm_year) + 1900, local.tm_mon + 1,
                   local.tm_mday);
-    return oneString(result, text);
+    return result->makeString(text) ? FUNC_OK : FUNC_FAILED;
 }
 
 // ---- Colours ---------------------------------------------------------------------------------------
@@ -255,14 +247,14 @@ std::optional<std::string> rgbColourToHTML(double value) {
 
 FUNC_ERROR htmlToRGB(WAVEX_HANDLER_PARAMS) {
     std::optional<uint32_t> rgb = htmlColourToRGB(first(args, 0));
-    return rgb ? oneString(result, std::to_string(*rgb)) : FUNC_OK;
+    return !rgb || result->makeString(std::to_string(*rgb)) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR rgbToHTML(WAVEX_HANDLER_PARAMS) {
     std::optional<double> value = args.type(0) == VD_STRING ? parseEngineeringNumber(trim(first(args, 0)))
                                                             : std::optional<double>(args.scalar(0));
     std::optional<std::string> html = value ? rgbColourToHTML(*value) : std::nullopt;
-    return html ? oneString(result, std::move(*html)) : FUNC_OK;
+    return !html || result->makeString(std::move(*html)) ? FUNC_OK : FUNC_FAILED;
 }
 
 // ---- Registration ----------------------------------------------------------------------------------

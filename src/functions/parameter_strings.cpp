@@ -47,18 +47,6 @@ std::vector<std::string_view> elements(const FuncArgs& args, int i) {
     return out;
 }
 
-bool makeStrings(FuncResult* result, int64_t n) {
-    result->setType(VD_STRING, VD_NONE);
-    result->setPhysType(units::Number, units::NoRef);
-    return result->allocate(n, RESULT_OWN, -1);
-}
-
-FUNC_ERROR oneString(FuncResult* result, std::string s) {
-    if (!makeStrings(result, 1)) return FUNC_FAILED;
-    result->stringData()[0] = std::move(s);
-    return FUNC_OK;
-}
-
 ParameterSyntax syntaxOf(const FuncArgs& args, int i) {
     ParameterSyntax syntax;
     int64_t n = given(args, i) ? args.length(i) : 0;
@@ -79,9 +67,9 @@ FUNC_ERROR parseParameterString(WAVEX_HANDLER_PARAMS) {
     ParameterString text(first(args, 0), syntaxOf(args, 4), reading, unlabelled,
                          read ? ParameterString::Read : ParameterString::Rebuild);
     std::vector<std::string_view> names = elements(args, 1);
-    if (remove) return oneString(result, text.remove(names));
-    if (write) return oneString(result, text.write(names, elements(args, 3)));
-    if (!makeStrings(result, static_cast<int64_t>(names.size()))) return FUNC_FAILED;
+    if (remove) return result->makeString(text.remove(names)) ? FUNC_OK : FUNC_FAILED;
+    if (write) return result->makeString(text.write(names, elements(args, 3))) ? FUNC_OK : FUNC_FAILED;
+    if (!result->makeStrings(static_cast<int64_t>(names.size()))) return FUNC_FAILED;
     StrElem* out = result->stringData();
     for (size_t k = 0; k < names.size(); ++k) out[k].emplace(text.read(names[k]));
     return FUNC_OK;
@@ -90,7 +78,8 @@ FUNC_ERROR parseParameterString(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR buildParameter(WAVEX_HANDLER_PARAMS) {
     if (std::min(args.length(0), args.length(1)) < 1) return FUNC_OK;
     std::string_view quoteIf = given(args, 2) ? first(args, 2) : std::string_view(" \t");
-    return oneString(result, buildParameterString(elements(args, 0), elements(args, 1), quoteIf));
+    return result->makeString(buildParameterString(elements(args, 0), elements(args, 1), quoteIf))
+        ? FUNC_OK : FUNC_FAILED;
 }
 
 constexpr int kStr5[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};

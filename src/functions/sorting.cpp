@@ -22,7 +22,7 @@
 // least 1), where value i is written at position i (floor, truncated) for the pairs up to the
 // shorter list; a negative or NaN position writes nothing and a later value replaces an earlier
 // one. Unwritten elements are -1 (real values) or "" (strings); values of another kind give an
-// empty result. A result of more than kMaxElements elements is refused with a message, rather than
+// empty result. A result of more than kMaxMadeElements elements is refused with a message, rather than
 // left to exhaust memory.
 //
 // Nothing else reports a message: unusable input gives the results stated.
@@ -44,9 +44,6 @@
 
 namespace wavex {
 namespace {
-
-// The most elements MapArray makes (400 MB of reals).
-constexpr int64_t kMaxElements = 50'000'000;
 
 bool given(const FuncArgs& args, int i) { return args.count() > i; }
 
@@ -160,20 +157,8 @@ std::vector<Keyed> stringOrder(const StringKeys& keys, size_t n, bool descending
 
 // ---- Results ---------------------------------------------------------------------------------------
 
-bool tooLong(int64_t n, const FuncInfo* info, MessageHandler& messages) {
-    if (n <= kMaxElements) return false;
-    messages.error("Function '%s' cannot make %d elements: the limit is %d", info->name, n, kMaxElements);
-    return true;
-}
-
 bool makeReals(FuncResult* result, int64_t n) {
     result->setType(VD_REAL, VD_NONE);
-    result->setPhysType(units::Number, units::NoRef);
-    return result->allocate(n, RESULT_OWN, -1);
-}
-
-bool makeStrings(FuncResult* result, int64_t n) {
-    result->setType(VD_STRING, VD_NONE);
     result->setPhysType(units::Number, units::NoRef);
     return result->allocate(n, RESULT_OWN, -1);
 }
@@ -213,7 +198,7 @@ FUNC_ERROR sort(WAVEX_HANDLER_PARAMS) {
         });
         order.erase(last, order.end());
     }
-    if (!makeStrings(result, static_cast<int64_t>(order.size()))) return FUNC_FAILED;
+    if (!result->makeStrings(static_cast<int64_t>(order.size()))) return FUNC_FAILED;
     StrElem* out = result->stringData();
     for (size_t i = 0; i < order.size(); ++i) out[i] = s[order[i].position];
     return FUNC_OK;
@@ -303,7 +288,7 @@ FUNC_ERROR mapArray(WAVEX_HANDLER_PARAMS) {
     int64_t pairs = std::min(args.length(0), args.length(1));
     int64_t largest = 0;
     for (int64_t i = 0; i < args.length(1); ++i) largest = std::max(largest, truncateToInt64(std::floor(where[i])));
-    if (tooLong(largest == std::numeric_limits<int64_t>::max() ? largest : largest + 1, info, *messages))
+    if (!withinMadeElementLimit(largest == std::numeric_limits<int64_t>::max() ? largest : largest + 1, info, *messages))
         return FUNC_FAILED;
     int64_t n = largest + 1;
     auto positionOf = [&](int64_t i) { return truncateToInt64(std::floor(where[i])); };
@@ -317,7 +302,7 @@ FUNC_ERROR mapArray(WAVEX_HANDLER_PARAMS) {
         for (int64_t i = 0; i < pairs; ++i)
             if (int64_t p = positionOf(i); p >= 0) out[p] = v[i];
     } else {
-        if (!makeStrings(result, n)) return FUNC_FAILED;
+        if (!result->makeStrings(n)) return FUNC_FAILED;
         StrElem* out = result->stringData();
         std::fill_n(out, n, std::string());
         const StrElem* v = args.stringData(0);

@@ -12,7 +12,7 @@
 // Bad input. Out-of-range indices, counts and start positions, empty and null strings give the
 // neutral results each function states, silently. Three things are refused with a message and a
 // failed call, because a script cannot go on sensibly after them: a count of more than
-// kMaxElements elements (`MakeString(1e12)`), a malformed regular expression, and a regular
+// kMaxMadeElements elements (`MakeString(1e12)`), a malformed regular expression, and a regular
 // expression whose matching exceeds its limits.
 #include "support/digest.hpp"
 #include "support/escape.hpp"
@@ -36,11 +36,6 @@
 namespace wavex {
 namespace {
 
-// The most elements `MakeString`, `_NullString` and `Scan`'s minimum count will make. Each element
-// costs some 40 bytes before any text, so 50 million take about 2 GB; a larger count is refused
-// rather than left to exhaust memory.
-constexpr int64_t kMaxElements = 50'000'000;
-
 inline unsigned char byte(char c) { return static_cast<unsigned char>(c); }
 
 // ---- Arguments -----------------------------------------------------------------------------------
@@ -61,29 +56,11 @@ int64_t integerArg(const FuncArgs& args, int i, int64_t absent) {
     return given(args, i) ? truncated(args.scalar(i)) : absent;
 }
 
-bool withinLimit(int64_t n, const FuncInfo* info, MessageHandler& messages) {
-    if (n <= kMaxElements) return true;
-    messages.error("Function '%s' cannot make %d elements: the limit is %d", info->name, n, kMaxElements);
-    return false;
-}
-
 // ---- Results -------------------------------------------------------------------------------------
 
-// Makes the result a string vector of n null elements, without reference or unit.
-bool makeStrings(FuncResult* result, int64_t n) {
-    result->setType(VD_STRING, VD_NONE);
-    result->setPhysType(units::Number, units::NoRef);
-    return result->allocate(n, RESULT_OWN, -1);
-}
-
-FUNC_ERROR oneString(FuncResult* result, std::string s) {
-    if (!makeStrings(result, 1)) return FUNC_FAILED;
-    result->stringData()[0] = std::move(s);
-    return FUNC_OK;
-}
 
 FUNC_ERROR stringList(FuncResult* result, std::span<const std::string_view> items) {
-    if (!makeStrings(result, static_cast<int64_t>(items.size()))) return FUNC_FAILED;
+    if (!result->makeStrings(static_cast<int64_t>(items.size()))) return FUNC_FAILED;
     StrElem* out = result->stringData();
     for (size_t i = 0; i < items.size(); ++i) out[i].emplace(items[i]);
     return FUNC_OK;
@@ -164,7 +141,8 @@ FUNC_ERROR ascii(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR chr(WAVEX_HANDLER_PARAMS) {
     int64_t code = std::clamp<int64_t>(truncated(std::floor(args.scalar(0))), 0, 255);
-    return oneString(result, code == 0 ? std::string() : std::string(1, static_cast<char>(code)));
+    return result->makeString(code == 0 ? std::string() : std::string(1, static_cast<char>(code)))
+        ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR charAt(WAVEX_HANDLER_PARAMS) {
@@ -172,7 +150,7 @@ FUNC_ERROR charAt(WAVEX_HANDLER_PARAMS) {
     auto length = static_cast<int64_t>(s.size());
     int64_t i = truncated(args.scalar(1));
     if (i < 0) i += length;
-    return oneString(result, i >= 0 && i < length ? std::string(1, s[i]) : std::string());
+    return result->makeString(i >= 0 && i < length ? std::string(1, s[i]) : std::string()) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR mid(WAVEX_HANDLER_PARAMS) {
@@ -182,7 +160,7 @@ FUNC_ERROR mid(WAVEX_HANDLER_PARAMS) {
     int64_t end = given(args, 2) ? truncated(static_cast<double>(start) + args.scalar(2)) : length;
     start = std::clamp<int64_t>(start, 0, length);
     end = std::clamp<int64_t>(end, start, length);
-    return oneString(result, std::string(s.substr(start, end - start)));
+    return result->makeString(std::string(s.substr(start, end - start))) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR stringLength(WAVEX_HANDLER_PARAMS) { return oneReal(result, static_cast<double>(first(args, 0).size())); }
@@ -242,7 +220,8 @@ static_assert(rowsInOrder(), "kTextOps: row i must hold operation i");
 template <TextOp op>
 FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {
     bool replaceSpaces = iequals(first(args, 1), "replaceSpaces");
-    return oneString(result, kTextOps[static_cast<size_t>(op)].kernel(first(args, 0), replaceSpaces));
+    return result->makeString(kTextOps[static_cast<size_t>(op)].kernel(first(args, 0), replaceSpaces))
+        ? FUNC_OK : FUNC_FAILED;
 }
 
 // ---- Search, counting, substitution --------------------------------------------------------------
@@ -276,7 +255,7 @@ FUNC_ERROR countChars(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR startsWith(WAVEX_HANDLER_PARAMS) {
-    return oneString(result, beginsWith(first(args, 0), first(args, 1)) ? "1" : "0");
+    return result->makeString(beginsWith(first(args, 0), first(args, 1)) ? "1" : "0") ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR substChar(WAVEX_HANDLER_PARAMS) {
@@ -291,7 +270,7 @@ FUNC_ERROR substChar(WAVEX_HANDLER_PARAMS) {
         for (char& c : s)
             if (inSet[byte(c)]) c = replacement[0];
     }
-    return oneString(result, std::move(s));
+    return result->makeString(std::move(s)) ? FUNC_OK : FUNC_FAILED;
 }
 
 // s with the first `count` occurrences of `old` replaced by `replacement`, searching on after each.
@@ -314,7 +293,8 @@ FUNC_ERROR substString(WAVEX_HANDLER_PARAMS) {
     int64_t count = 1;
     if (std::string_view word = first(args, 3); iequals(word, "all")) count = std::numeric_limits<int64_t>::max();
     else if (!word.empty()) count = atoiValue(word);
-    return oneString(result, substitute(first(args, 0), first(args, 1), first(args, 2), count));
+    return result->makeString(substitute(first(args, 0), first(args, 1), first(args, 2), count))
+        ? FUNC_OK : FUNC_FAILED;
 }
 
 // ---- Splitting and making ------------------------------------------------------------------------
@@ -343,7 +323,7 @@ FUNC_ERROR scan(WAVEX_HANDLER_PARAMS) {
         if (cut.size() >= 3 && cut[1] != cut[2]) quotes = cut.substr(1, 2);
     }
     int64_t minimum = integerArg(args, 2, 0);
-    if (!withinLimit(minimum, info, *messages)) return FUNC_FAILED;
+    if (!withinMadeElementLimit(minimum, info, *messages)) return FUNC_FAILED;
     std::vector<std::string_view> fields;
     sp_SplitLine(first(args, 0), separator, quotes, fields);
     if (minimum > static_cast<int64_t>(fields.size())) fields.resize(minimum);
@@ -366,8 +346,8 @@ FUNC_ERROR parse(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR makeString(WAVEX_HANDLER_PARAMS) {
     int64_t n = truncated(args.scalar(0));
     if (n < 1) return FUNC_OK;
-    if (!withinLimit(n, info, *messages)) return FUNC_FAILED;
-    if (!makeStrings(result, n)) return FUNC_FAILED;
+    if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
+    if (!result->makeStrings(n)) return FUNC_FAILED;
     StrElem* out = result->stringData();
     int64_t copied = given(args, 1) ? std::min(n, args.length(1)) : 0;
     if (copied > 0) std::copy_n(args.stringData(1), copied, out);
@@ -378,13 +358,13 @@ FUNC_ERROR makeString(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR nullString(WAVEX_HANDLER_PARAMS) {
     int64_t n = truncated(args.scalar(0));
     if (n < 1) return FUNC_OK;
-    if (!withinLimit(n, info, *messages)) return FUNC_FAILED;
-    return makeStrings(result, n) ? FUNC_OK : FUNC_FAILED;  // the elements are null as made
+    if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
+    return result->makeStrings(n) ? FUNC_OK : FUNC_FAILED;  // the elements are null as made
 }
 
 FUNC_ERROR joinStringArray(WAVEX_HANDLER_PARAMS) {
     int64_t a = args.length(0), b = args.length(1);
-    if (!makeStrings(result, a + b)) return FUNC_FAILED;
+    if (!result->makeStrings(a + b)) return FUNC_FAILED;
     StrElem* out = result->stringData();
     std::copy_n(args.stringData(0), a, out);
     std::copy_n(args.stringData(1), b, out + a);
@@ -453,10 +433,10 @@ FUNC_ERROR getMD5(WAVEX_HANDLER_PARAMS) {
     if (!file) return FUNC_OK;
     std::optional<std::string> digest = sp_GetMD5(file);
     std::fclose(file);
-    return digest ? oneString(result, std::move(*digest)) : FUNC_OK;
+    return !digest || result->makeString(std::move(*digest)) ? FUNC_OK : FUNC_FAILED;
 }
 
-FUNC_ERROR getGUID(WAVEX_HANDLER_PARAMS) { return oneString(result, sp_GetGUID()); }
+FUNC_ERROR getGUID(WAVEX_HANDLER_PARAMS) { return result->makeString(sp_GetGUID()) ? FUNC_OK : FUNC_FAILED; }
 
 // ---- Registration --------------------------------------------------------------------------------
 
