@@ -109,17 +109,9 @@ FUNC_ERROR concat(WAVEX_HANDLER_PARAMS) {
 
 // ---- File-name equality ----------------------------------------------------------------------
 //
-// PathEqual(a, b): element i of the real result is 1 when the two names are equal and 0
-// otherwise. On a file system that tells letter case apart (every one but those of Windows and
-// macOS) the names must match byte for byte; elsewhere letter case is ignored. Names are compared
-// as given: no separator is normalised, no path resolved. Different lengths or an empty first
-// argument give an empty result without a message.
-
-#if defined(_WIN32) || defined(__APPLE__)
-constexpr bool kCaseSensitiveFiles = false;
-#else
-constexpr bool kCaseSensitiveFiles = true;
-#endif
+// PathEqual(a, b): element i of the real result is 1 when the two names are the same file name
+// (pathEquals: byte for byte where the file system tells letter case apart) and 0 otherwise.
+// Different lengths or an empty first argument give an empty result without a message.
 
 FUNC_ERROR pathEqual(WAVEX_HANDLER_PARAMS) {
     int64_t n = args.length(0);
@@ -133,8 +125,7 @@ FUNC_ERROR pathEqual(WAVEX_HANDLER_PARAMS) {
     double* out = makeFlags(result, n);
     if (!out) return FUNC_FAILED;
     for (int64_t i = 0; i < n; ++i) {
-        bool same = kCaseSensitiveFiles ? text(a[i]) == text(b[i]) : iequals(text(a[i]), text(b[i]));
-        out[i] = same ? 1 : 0;
+        out[i] = pathEquals(text(a[i]), text(b[i])) ? 1 : 0;
     }
     return FUNC_OK;
 }
