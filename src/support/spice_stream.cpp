@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <memory>
 
+#include <sys/stat.h>
+
 namespace wavex {
 namespace {
 
@@ -16,11 +18,25 @@ int lead(std::string_view line) {
 
 NewSpiceStream::NewSpiceStream(const std::string& fileName) {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "rb"), &std::fclose);
-    if (!file) return;
+    if (!file) {
+        failure_ = "Cannot open file '" + fileName + "'";
+        return;
+    }
+    // A regular file is read at its size in one go; whatever else there is (a pipe, a file that
+    // grew meanwhile) in pieces after it.
+    struct stat st {};
+    if (fstat(fileno(file.get()), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+        text_.resize(static_cast<size_t>(st.st_size));
+        text_.resize(std::fread(text_.data(), 1, text_.size(), file.get()));
+    }
     char buffer[1 << 16];
     size_t n;
     while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text_.append(buffer, n);
     open_ = !std::ferror(file.get());
+    if (!open_) {
+        text_.clear();
+        failure_ = "Cannot read file '" + fileName + "'";
+    }
 }
 
 NewSpiceStream NewSpiceStream::fromText(std::string_view text) {
@@ -30,13 +46,13 @@ NewSpiceStream NewSpiceStream::fromText(std::string_view text) {
     return s;
 }
 
-bool NewSpiceStream::physical(std::string& line) {
+bool NewSpiceStream::physical(std::string_view& line) {
     if (pos_ >= text_.size()) return false;
     size_t end = text_.find('\n', pos_);
     if (end == std::string::npos) end = text_.size();
-    line.assign(text_, pos_, end - pos_);
+    line = std::string_view(text_).substr(pos_, end - pos_);
     pos_ = end + 1;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     ++physicalNumber_;
     return true;
 }
@@ -46,10 +62,10 @@ bool NewSpiceStream::gets(std::string* line, int* lineNumber) {
     bool started = false;
     int first = 0;
     for (;;) {
-        std::string next;
+        std::string_view next;
         int number;
         if (hasPending_) {
-            next = std::move(pending_);
+            next = std::string_view(text_).substr(pendingBegin_, pendingSize_);
             number = pendingNumber_;
             hasPending_ = false;
         } else if (physical(next)) {
@@ -60,7 +76,7 @@ bool NewSpiceStream::gets(std::string* line, int* lineNumber) {
         int c = lead(next);
         if (c == -1 || c == '*') continue;
         if (c == '+') {
-            std::string_view rest(next);
+            std::string_view rest = next;
             rest.remove_prefix(rest.find('+') + 1);
             if (started) {
                 *line += ' ';
@@ -72,14 +88,15 @@ bool NewSpiceStream::gets(std::string* line, int* lineNumber) {
             continue;
         }
         if (started) {  // the start of the next logical line: keep it for the next call
-            pending_ = std::move(next);
+            pendingBegin_ = static_cast<size_t>(next.data() - text_.data());
+            pendingSize_ = next.size();
             pendingNumber_ = number;
             hasPending_ = true;
             break;
         }
         started = true;
         first = number;
-        *line = std::move(next);
+        line->assign(next);
     }
     if (started && lineNumber) *lineNumber = first;
     return started;

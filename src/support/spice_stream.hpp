@@ -20,22 +20,30 @@ public:
     static NewSpiceStream fromText(std::string_view text);
 
     bool isOpen() const { return open_; }
+    // Why the file could not be read: "Cannot open file 'NAME'" or "Cannot read file 'NAME'";
+    // empty when it was.
+    const std::string& failure() const { return failure_; }
 
     // The next logical line into *line and the 1-based number of its first physical line into
     // *lineNumber (when not null); false at the end of the file.
     bool gets(std::string* line, int* lineNumber);
 
+    // The next physical line without its line end ("\n", or "\r\n"); false at the end. A final
+    // line end does not start another line: "a\nb\n" is two lines, like "a\nb". The view lies in
+    // the stream's own copy of the file: good until the stream is moved or destroyed.
+    bool getLine(std::string_view* line) { return physical(*line); }
+
 private:
     NewSpiceStream() = default;
-    // The next physical line without its line end; false at the end.
-    bool physical(std::string& line);
+    bool physical(std::string_view& line);
 
     bool open_ = false;
+    std::string failure_;
     std::string text_;  // the whole file
     size_t pos_ = 0;
     int physicalNumber_ = 0;
     // A physical line read ahead (the line after a logical line), with its number.
-    std::string pending_;
+    size_t pendingBegin_ = 0, pendingSize_ = 0;  // where it lies in text_
     int pendingNumber_ = 0;
     bool hasPending_ = false;
 };

@@ -1,0 +1,42 @@
+// Polynomial fits as the host calls them: CurveFit of order 5 at 10^6 and 10^7 points, and
+// CurveFitPlot (the fit and its curve) at 10^6. bench/peers_curvefit.py does the same work with
+// numpy.polyfit and numpy.polyval.
+#include "bench_util.hpp"
+#include "wavex/wavex.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <map>
+#include <numbers>
+
+namespace wavex {
+namespace {
+
+// n points of a transient over 1 ms: a slow cosine with a little ripple. Made once per size.
+const VectorPtr& transient(int64_t n) {
+    static std::map<int64_t, VectorPtr> made;
+    VectorPtr& v = made[n];
+    if (!v) {
+        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+        for (size_t i = 0; i < x.size(); ++i) {
+            x[i] = 1e-3 * static_cast<double>(i) / static_cast<double>(n - 1);
+            y[i] = std::cos(2 * std::numbers::pi * 1.5e3 * x[i]) + 0.01 * std::sin(0.7 * static_cast<double>(i));
+        }
+        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
+    }
+    return v;
+}
+
+void BM_CurveFit(benchmark::State& state) {
+    bench::callFunctionLoop(state, "CurveFit", {transient(state.range(0)), makeScalar(5)});
+}
+void BM_CurveFitPlot(benchmark::State& state) {
+    bench::callFunctionLoop(state, "CurveFitPlot", {transient(state.range(0)), makeScalar(5)});
+}
+
+BENCHMARK(BM_CurveFit)->Arg(1'000'000)->Arg(10'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CurveFitPlot)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace wavex
