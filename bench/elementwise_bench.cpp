@@ -1,6 +1,7 @@
 // The element-wise family at 10^7 points, called as the host calls it (callFunction, which
 // allocates the result), beside a plain copy of the same size, the memory-bandwidth bound.
 // bench/compare.py runs these next to numpy doing the same work.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -9,6 +10,9 @@
 
 namespace wavex {
 namespace {
+
+using bench::callFunctionLoop;
+using bench::sink;
 
 constexpr size_t kPoints = 10'000'000;
 
@@ -35,27 +39,8 @@ const VectorPtr& complexData() {
     return v;
 }
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
-
 void callNamed(benchmark::State& state, const char* name, const VectorPtr& arg) {
-    const FuncInfo* f = functionTable().find(name);
-    if (!f) {
-        state.SkipWithError((std::string(name) + " is not registered").c_str());
-        return;
-    }
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, std::span(&arg, 1), sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(arg->size()));
+    callFunctionLoop(state, name, {arg}, static_cast<int64_t>(arg->size()));
 }
 
 void Elementwise_DbComplex(benchmark::State& state) { callNamed(state, "db", complexData()); }

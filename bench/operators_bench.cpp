@@ -3,6 +3,7 @@
 // An operator moves more bytes than a copy (a + b reads two vectors and writes one), so its bound
 // is the copy loop's time per byte times the bytes it moves; bench/peers_operators.py gives numpy
 // the same work on data of the same size and distribution.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -13,6 +14,9 @@
 
 namespace wavex {
 namespace {
+
+using bench::callFunctionLoop;
+using bench::sink;
 
 constexpr int64_t kPoints = 10'000'000;
 
@@ -46,29 +50,10 @@ const Operands& operands(int64_t n) {
     return it->second;
 }
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
-
 // Calls `name` on two arguments; `bytesPerElement` is what one element reads and writes.
 void callBinary(benchmark::State& state, const char* name, const VectorPtr& left, const VectorPtr& right,
                 int64_t bytesPerElement) {
-    const FuncInfo* f = functionTable().find(name);
-    if (!f) {
-        state.SkipWithError((std::string(name) + " is not registered").c_str());
-        return;
-    }
-    const VectorPtr args[] = {left, right};
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
+    callFunctionLoop(state, name, {left, right}, 0);
     int64_t n = std::max<int64_t>(static_cast<int64_t>(left->size()), static_cast<int64_t>(right->size()));
     state.SetItemsProcessed(state.iterations() * n);
     state.SetBytesProcessed(state.iterations() * n * bytesPerElement);

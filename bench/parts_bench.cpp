@@ -4,6 +4,7 @@
 // of 10^5 selector lines; ParseLaplace of a product of 200 first-order factors (numerator order
 // 200, so the call is made with room for 50, 100 … 250 coefficients), and the parser alone.
 #include "support/laplace.hpp"
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -16,6 +17,8 @@
 
 namespace wavex {
 namespace {
+
+using bench::callFunctionLoop;
 
 constexpr int64_t kRecords = 100'000;
 constexpr int64_t kJournal = 10'000;
@@ -91,27 +94,8 @@ const std::string& productExpression() {
     return text;
 }
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
-
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args, int64_t items) {
-    const FuncInfo* f = functionTable().find(name);
-    if (!f) {
-        state.SkipWithError((std::string(name) + " is not registered").c_str());
-        return;
-    }
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK || out->size() == 0) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->size());
-    }
-    state.SetItemsProcessed(state.iterations() * items);
+    callFunctionLoop(state, name, args, items);
 }
 
 void BM_ApplyJournal_Records(benchmark::State& state) {

@@ -1,5 +1,6 @@
 // The range reductions over whole curves as the host calls them, at 10^6 and 10^7 points to
 // show the work is linear. bench/peers_reductions.py does the same work with numpy.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -11,10 +12,7 @@
 namespace wavex {
 namespace {
 
-YRef<MessageHandler> sink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
+using bench::callFunctionLoop;
 
 // n points over x in [0, 1], unevenly spaced, of uniform noise in [-1, 1]. Made once per size.
 const VectorPtr& noise(int64_t n) {
@@ -36,20 +34,7 @@ const VectorPtr& noise(int64_t n) {
     return v;
 }
 
-void call(benchmark::State& state, const char* name) {
-    const FuncInfo* f = functionTable().find(name);
-    const VectorPtr args[] = {noise(state.range(0))};
-    ScpParseContext context;
-    for (auto _ : state) {
-        VectorPtr out;
-        if (callFunction(*f, args, sink(), context, &out) != FUNC_OK) {
-            state.SkipWithError("the call failed");
-            return;
-        }
-        benchmark::DoNotOptimize(out->real[0]);
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
-}
+void call(benchmark::State& state, const char* name) { callFunctionLoop(state, name, {noise(state.range(0))}); }
 
 void BM_Mean1(benchmark::State& state) { call(state, "Mean1"); }
 void BM_RMS1(benchmark::State& state) { call(state, "RMS1"); }
