@@ -69,6 +69,22 @@ struct Session {
     }
 };
 
+// Curves joined as the divisions of one vector (runs of a stepped analysis), labelled.
+inline VectorPtr runs(const std::vector<VectorPtr>& parts, DivisionLabelArray labels) {
+    auto v = std::make_shared<Vector>(*parts[0]);
+    Array<double> x(parts[0]->ref.real(), parts[0]->ref.size());
+    std::vector<size_t> lengths{parts[0]->size()};
+    for (size_t i = 1; i < parts.size(); ++i) {
+        v->real.append(parts[i]->real.data(), parts[i]->size());
+        x.append(parts[i]->ref.real(), parts[i]->ref.size());
+        lengths.push_back(parts[i]->size());
+    }
+    v->ref = Reference::fromReal(std::move(x), parts[0]->ref.phys, parts[0]->ref.name);
+    v->setDivisionLengths(lengths);
+    v->labels = std::move(labels);
+    return v;
+}
+
 inline std::vector<double> reals(const VectorPtr& v) { return {v->real.begin(), v->real.end()}; }
 inline std::vector<Complex> complexes(const VectorPtr& v) { return {v->cplx.begin(), v->cplx.end()}; }
 inline std::vector<double> xs(const VectorPtr& v) {

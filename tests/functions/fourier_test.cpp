@@ -12,6 +12,7 @@ namespace {
 
 using test::complexes;
 using test::reals;
+using test::runs;
 
 constexpr double kPi = 3.141592653589793;
 
@@ -20,22 +21,6 @@ VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = u
     v->real = Array<double>(y.data(), y.size());
     v->phys = yPhys;
     v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), units::Time, "time");
-    return v;
-}
-
-// Curves joined as the divisions of one vector, labelled.
-VectorPtr runs(const std::vector<VectorPtr>& parts, DivisionLabelArray labels) {
-    auto v = std::make_shared<Vector>(*parts[0]);
-    Array<double> x(parts[0]->ref.real(), parts[0]->ref.size());
-    std::vector<size_t> lengths{parts[0]->size()};
-    for (size_t i = 1; i < parts.size(); ++i) {
-        v->real.append(parts[i]->real.data(), parts[i]->size());
-        x.append(parts[i]->ref.real(), parts[i]->ref.size());
-        lengths.push_back(parts[i]->size());
-    }
-    v->ref = Reference::fromReal(std::move(x), units::Time, "time");
-    v->setDivisionLengths(lengths);
-    v->labels = std::move(labels);
     return v;
 }
 

@@ -11,6 +11,7 @@ namespace wavex {
 namespace {
 
 using test::reals;
+using test::runs;
 using test::strings;
 using test::xs;
 
@@ -22,22 +23,6 @@ VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = u
     v->real = Array<double>(y.data(), y.size());
     v->phys = yPhys;
     v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), xPhys, std::move(xName));
-    return v;
-}
-
-// Curves joined as the divisions of one vector (runs of a stepped analysis), labelled.
-VectorPtr runs(const std::vector<VectorPtr>& parts, DivisionLabelArray labels) {
-    auto v = std::make_shared<Vector>(*parts[0]);
-    Array<double> x(parts[0]->ref.real(), parts[0]->ref.size());
-    std::vector<size_t> lengths{parts[0]->size()};
-    for (size_t i = 1; i < parts.size(); ++i) {
-        v->real.append(parts[i]->real.data(), parts[i]->size());
-        x.append(parts[i]->ref.real(), parts[i]->ref.size());
-        lengths.push_back(parts[i]->size());
-    }
-    v->ref = Reference::fromReal(std::move(x), parts[0]->ref.phys, parts[0]->ref.name);
-    v->setDivisionLengths(lengths);
-    v->labels = std::move(labels);
     return v;
 }
 
