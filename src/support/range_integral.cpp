@@ -98,7 +98,38 @@ double integrate(const double* y, const double* x, int64_t f, int64_t l, double 
     return sum + piece<M>(px, py, e, yl);
 }
 
+// x values that are the indices of the points.
+struct Indices {
+    double operator[](int64_t i) const { return static_cast<double>(i); }
+};
+
+// One pass: the division (and root) of each point does not wait on the running sum's chain of
+// additions, so the processor overlaps them; measured faster than a vectorised second pass over
+// blocks of sums, which reads the sums twice.
+template <IntegralMode M, class X>
+void runningAverage(const double* y, X x, int64_t n, double* out) {
+    const double x0 = x[0];
+    out[0] = M == IntegralMode::Mean ? y[0] : std::fabs(y[0]);
+    double sum = 0;  // before the constant factor
+    for (int64_t i = 1; i < n; ++i) {
+        sum += term<M>(x[i - 1], y[i - 1], x[i], y[i]);
+        const double span = x[i] - x0;
+        if constexpr (M == IntegralMode::Mean) out[i] = span != 0 ? sum * 0.5 / span : y[i];
+        else out[i] = span != 0 ? std::sqrt(sum / (3 * span)) : std::fabs(y[i]);
+    }
+}
+
 }  // namespace
+
+void support_RunningAverage(const double* y, const double* x, int64_t n, IntegralMode mode, double* out) {
+    if (n <= 0) return;
+    auto over = [&](auto xs) {
+        if (mode == IntegralMode::Mean) runningAverage<IntegralMode::Mean>(y, xs, n, out);
+        else runningAverage<IntegralMode::Square>(y, xs, n, out);
+    };
+    if (x) over(x);
+    else over(Indices{});
+}
 
 RangeIntegral support_RangeIntegral(const double* y, const double* x, int64_t n, std::optional<double> start,
                                     std::optional<double> end, IntegralMode mode) {

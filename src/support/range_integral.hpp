@@ -45,6 +45,17 @@ struct RangeIntegral {
 RangeIntegral support_RangeIntegral(const double* y, const double* x, int64_t n, std::optional<double> start,
                                     std::optional<double> end, IntegralMode mode);
 
+// The running average from the first point to each point, of the same pieces:
+//   out[0] = y[0],  out[i] = I(0..i) / (x[i] - x[0])          Mean mode: the running mean;
+//   out[0] = |y[0]|, out[i] = √(I(0..i) / (x[i] - x[0]))      Square mode: the running RMS;
+// where I(0..i) adds the pieces between points 0 and i in the order given. x null: the x values
+// are the indices 0, 1, .... Where x[i] equals x[0] (a vertical edge at the start) the average
+// over no stretch is the value there, y[i] (|y[i]|). The x values are not checked for order: where
+// they run back the pieces count negative, as in a signed integral, and a running mean square
+// that turns negative has a NaN root. A NaN makes its point and every later one NaN. n may be 0.
+// Linear in n; out must hold n values and may not overlap y or x.
+void support_RunningAverage(const double* y, const double* x, int64_t n, IntegralMode mode, double* out);
+
 // The message of an outcome (null for Done) and the status of the call it ends (0, 1 or 2).
 const char* rangeOutcomeMessage(RangeOutcome outcome);
 int rangeOutcomeStatus(RangeOutcome outcome);
