@@ -7,15 +7,10 @@ y², the area as np.trapz, and Truncate as a boolean mask with the two interpola
 import numpy as np
 from scipy.integrate import cumulative_trapezoid
 
+from peers_reductions import noise  # the same data as the range reductions
+
 SIZES = (1_000_000, 10_000_000)
 
-
-def noise(n):
-    """n points over x in [0, 1], each step 0.5 to 1.5 times the mean, of uniform noise in [-1, 1]."""
-    rng = np.random.default_rng(4)
-    x = np.concatenate(([0.0], np.cumsum(rng.uniform(0.5, 1.5, n - 1))))
-    x /= x[-1]
-    return x, rng.uniform(-1, 1, n)
 
 
 def running_mean(x, y):

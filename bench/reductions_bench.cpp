@@ -6,33 +6,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <map>
-#include <random>
 
 namespace wavex {
 namespace {
 
 using bench::callFunctionLoop;
-
-// n points over x in [0, 1], unevenly spaced, of uniform noise in [-1, 1]. Made once per size.
-const VectorPtr& noise(int64_t n) {
-    static std::map<int64_t, VectorPtr> made;
-    VectorPtr& v = made[n];
-    if (!v) {
-        std::mt19937_64 gen(4);
-        std::uniform_real_distribution<double> step(0.5, 1.5), value(-1, 1);
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
-        double t = 0;
-        for (size_t i = 0; i < x.size(); ++i) {
-            x[i] = t;
-            t += step(gen);
-            y[i] = value(gen);
-        }
-        for (double& xi : x) xi /= x.back();
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
-}
+using bench::noise;
 
 void call(benchmark::State& state, const char* name) { callFunctionLoop(state, name, {noise(state.range(0))}); }
 
