@@ -86,10 +86,12 @@ def main():
         sys.exit(f"no benchmark binary at {args.binary}: build with -DWAVEX_BENCH=ON or pass its path")
     wanted = re.compile(args.filter)
 
-    wavex = run_benchmarks(args.binary, ".")
+    # Only the benchmarks asked for, and the baseline the ratios need.
+    pattern = f"({args.filter})|^{BASELINE[0]}$"
+    wavex = run_benchmarks(args.binary, pattern)
     if not wavex:  # one benchmark brought the run down: run them one by one
         listing = subprocess.run([args.binary, "--benchmark_list_tests"], capture_output=True, text=True).stdout
-        for name in listing.split():
+        for name in filter(re.compile(pattern).search, listing.split()):
             wavex.update(run_benchmarks(args.binary, "^" + re.escape(name) + "$") or {name: "crashed"})
     base = wavex.get(BASELINE[0])
     copy_ns = base / BASELINE[1] if isinstance(base, float) else None
