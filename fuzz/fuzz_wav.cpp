@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0) return 0;
@@ -15,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     wavex::WavHeader h;
     if (wavex::Wav_LoadHeader(f, &h) && wavex::Wav_CheckHeader(h) == wavex::WAV_OK) {
         for (int option : {0, wavex::WAV_LOAD_STRICT}) {
-            std::vector<wavex::WavSample> samples;
+            wavex::Array<wavex::WavSample> samples;
             if (wavex::Wav_LoadSamples(f, h, samples, option) && samples.size() * h.blockAlign > size) std::abort();
         }
     }
