@@ -70,7 +70,10 @@ FUNC_ERROR iffV(WAVEX_HANDLER_PARAMS) {
     if (kind == VD_REAL) {
         const double *a = args.data(1), *b = args.data(2);
         double* r = result->data();
-        for (int64_t i = 0; i < n; ++i) r[i] = isTrue(c[i]) ? a[i] : b[i];
+        for (int64_t i = 0; i < n; ++i) {
+            const double x = a[i], y = b[i];  // both read, so that the loop is a plain blend
+            r[i] = isTrue(c[i]) ? x : y;
+        }
     } else if (kind == VD_COMPLEX) {
         const Complex *a = args.complexData(1), *b = args.complexData(2);
         Complex* r = result->complexData();
@@ -132,11 +135,19 @@ FUNC_ERROR extremes(const FuncArgs& args, FuncResult* result) {
     result->setPhysType(phys, units::NoRef);
     double* r = result->makeReal(n, RESULT_OWN, 0);
     const double* first = args.data(0);
-    std::copy(first, first + n, r);
-    for (int i = 1; i < args.count(); ++i) {
-        const double* a = args.data(i);
-        for (int64_t k = 0; k < n; ++k)
-            if (Max ? a[k] > r[k] : a[k] < r[k]) r[k] = a[k];
+    // Block by block, so that the block of r stays in the first-level cache while each argument
+    // passes over it: one trip through memory for each array.
+    constexpr int64_t kBlock = 2048;
+    for (int64_t start = 0; start < n; start += kBlock) {
+        const int64_t end = std::min(n, start + kBlock);
+        std::copy(first + start, first + end, r + start);
+        for (int i = 1; i < args.count(); ++i) {
+            const double* a = args.data(i);
+            for (int64_t k = start; k < end; ++k) {
+                const double v = a[k], best = r[k];
+                r[k] = (Max ? v > best : v < best) ? v : best;
+            }
+        }
     }
     return FUNC_OK;
 }

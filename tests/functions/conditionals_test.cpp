@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace wavex {
 namespace {
 
@@ -79,6 +82,18 @@ TEST(Conditionals, ElementWiseExtremes) {
     EXPECT_EQ(reals(mx)[3], 2);             // NaN in a later one never replaces
     EXPECT_EQ(mx->phys, units::Voltage);
     EXPECT_EQ(reals(wx("MinN(v2, v1)"))[1], 2);
+    // Longer than the blocks the work is done in: every element still sees every argument.
+    std::vector<double> a(5000), b(5000), c(5000);
+    for (size_t k = 0; k < a.size(); ++k) a[k] = k % 3, b[k] = k % 5, c[k] = k % 7;
+    wx.wx.setVector("a", makeRealVector(a)), wx.wx.setVector("b", makeRealVector(b));
+    wx.wx.setVector("c", makeRealVector(c));
+    std::vector<double> top = reals(wx("MaxN(a, b, c)")), bottom = reals(wx("MinN(a, b, c)"));
+    ASSERT_EQ(top.size(), a.size());
+    ASSERT_EQ(bottom.size(), a.size());
+    for (size_t k = 0; k < a.size(); ++k) {
+        EXPECT_EQ(top[k], std::max({a[k], b[k], c[k]})) << k;
+        EXPECT_EQ(bottom[k], std::min({a[k], b[k], c[k]})) << k;
+    }
     VectorPtr mixed = wx("MaxN(v1, i)");
     EXPECT_EQ(mixed->phys, units::Unknown);
     EXPECT_EQ(mixed->ref.phys, units::NoRef);
