@@ -17,10 +17,12 @@
 // None reports a message of its own; a text that does not parse comes back as written, with the
 // language's syntax message.
 #include "support/hash_table.hpp"
+#include "support/text.hpp"
 #include "wavex/function.hpp"
 #include "wavex/template.hpp"
 
 #include <memory>
+#include <unordered_set>
 
 namespace wavex {
 namespace {
@@ -47,12 +49,18 @@ private:
     std::shared_ptr<const KeywordTable> table_;
 };
 
-// Lists names in order of first appearance, each once, ignoring case (searched from the end).
-void addOnce(std::vector<std::string>& list, const std::string& name) {
-    for (auto it = list.rbegin(); it != list.rend(); ++it)
-        if (iequals(*it, name)) return;
-    list.push_back(name);
-}
+// Names in order of first appearance, each once, ignoring case.
+class FirstAppearances {
+public:
+    void add(const std::string& name) {
+        if (seen_.insert(name).second) names_.push_back(name);
+    }
+    const std::vector<std::string>& names() const { return names_; }
+
+private:
+    std::vector<std::string> names_;
+    std::unordered_set<std::string, CaseInsensitiveHash, CaseInsensitiveEqual> seen_;
+};
 
 std::string genericCall(const std::string& f, const std::vector<std::string>& args) {
     std::string out = f + "(";
@@ -62,22 +70,22 @@ std::string genericCall(const std::string& f, const std::vector<std::string>& ar
 
 class ParseProbeSubstExpressionObject : public VecSubstExpressionObject {
 public:
-    std::vector<std::string> nets, pins;
+    FirstAppearances nets, pins;
     int unexpectedArguments = 0;  // set when V or I has an argument count it does not take
 
     std::string substituteName(const std::string& name) override { return name; }
     std::string substituteCall(const std::string& f, const std::vector<std::string>& args) override {
         if (iequals(f, "V") && args.size() == 1) {
-            addOnce(nets, args[0]);
+            nets.add(args[0]);
             return "(" + args[0] + ")";
         }
         if (iequals(f, "V") && args.size() == 2) {
-            addOnce(nets, args[0]);
-            addOnce(nets, args[1]);
+            nets.add(args[0]);
+            nets.add(args[1]);
             return "(" + args[0] + "-" + args[1] + ")";
         }
         if (iequals(f, "I") && args.size() == 1) {
-            addOnce(pins, args[0]);
+            pins.add(args[0]);
             return args[0] + "#p";
         }
         if (iequals(f, "V") || iequals(f, "I")) unexpectedArguments = 1;
@@ -125,9 +133,11 @@ FUNC_ERROR resolveTemplate(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR parseProbeExpression(WAVEX_HANDLER_PARAMS) {
     ParseProbeSubstExpressionObject probes;
     std::string rewritten = vec_SubstituteExpression(std::string(args.string(0)), &probes);
-    std::vector<std::string> out{std::move(rewritten), std::to_string(probes.nets.size()), std::to_string(probes.pins.size())};
-    out.insert(out.end(), probes.nets.begin(), probes.nets.end());
-    out.insert(out.end(), probes.pins.begin(), probes.pins.end());
+    const std::vector<std::string>& nets = probes.nets.names();
+    const std::vector<std::string>& pins = probes.pins.names();
+    std::vector<std::string> out{std::move(rewritten), std::to_string(nets.size()), std::to_string(pins.size())};
+    out.insert(out.end(), nets.begin(), nets.end());
+    out.insert(out.end(), pins.begin(), pins.end());
     return stringsResult(result, std::move(out));
 }
 

@@ -50,64 +50,94 @@ std::string joined(const std::vector<std::string>& items) {
     return out;
 }
 
+// Prints into one growing text, so that a long chain of operators costs linear time.
 class Printer {
 public:
     Printer(std::string_view source, VecSubstExpressionObject& subst) : src_(source), subst_(subst) {}
 
-    std::string print(const Node& n) {
+    // Appends the canonical text of n to out.
+    void print(const Node& n, std::string& out) {
         switch (n.kind) {
-            case Node::Kind::Name: return subst_.substitutesNames() ? subst_.substituteName(n.text) : n.text;
-            case Node::Kind::Constant: return constant(n);
-            case Node::Kind::List: {
-                std::vector<std::string> items;
-                for (const auto& c : n.children) items.push_back(print(*c));
-                return "[" + joined(items) + "]";
-            }
+            case Node::Kind::Name: out += subst_.substitutesNames() ? subst_.substituteName(n.text) : n.text; return;
+            case Node::Kind::Constant: appendConstant(n, out); return;
+            case Node::Kind::List:
+                out += '[';
+                for (size_t i = 0; i < n.children.size(); ++i) {
+                    if (i) out += ", ";
+                    print(*n.children[i], out);
+                }
+                out += ']';
+                return;
             case Node::Kind::Probe: {
                 std::vector<std::string> args;
                 bool rename = subst_.probeNodesAreNames() && subst_.substitutesNames();
                 for (const std::string& node : n.nodes) args.push_back(rename ? subst_.substituteName(node) : node);
-                return call(n.text, args);
+                appendCall(n.text, args, out);
+                return;
             }
             case Node::Kind::Call: {
-                if (const OperatorForm* op = operatorOf(n)) return operation(n, *op);
+                if (const OperatorForm* op = operatorOf(n)) return operation(n, *op, out);
                 std::vector<std::string> args;
-                for (const auto& c : n.children) args.push_back(print(*c));
-                return call(n.text, args);
+                for (const auto& c : n.children) {
+                    args.emplace_back();
+                    print(*c, args.back());
+                }
+                appendCall(n.text, args, out);
+                return;
             }
         }
-        return {};
     }
 
 private:
-    std::string call(const std::string& name, const std::vector<std::string>& args) {
-        std::string replaced = subst_.substituteCall(name, args);
-        return subst_.replacesWholeCall() ? replaced : replaced + "(" + joined(args) + ")";
+    void appendCall(const std::string& name, const std::vector<std::string>& args, std::string& out) {
+        out += subst_.substituteCall(name, args);
+        if (!subst_.replacesWholeCall()) out += "(" + joined(args) + ")";
     }
 
     // A number as written (a folded negative literal as "-" and the number), a string in its quotes.
-    std::string constant(const Node& n) {
+    void appendConstant(const Node& n, std::string& out) {
         std::string_view text = trim(src_.substr(n.begin, n.end - n.begin));
-        if (!text.empty() && text.front() == '-') return "-" + std::string(trim(text.substr(1)));
-        return std::string(text);
+        if (!text.empty() && text.front() == '-') {
+            out += '-';
+            text = trim(text.substr(1));
+        }
+        out += text;
     }
 
-    std::string operand(const Node& child, bool parenthesise) {
-        std::string text = print(child);
-        return parenthesise ? "(" + text + ")" : text;
+    void operand(const Node& child, bool parenthesise, std::string& out) {
+        if (parenthesise) out += '(';
+        print(child, out);
+        if (parenthesise) out += ')';
     }
 
-    std::string operation(const Node& n, const OperatorForm& op) {
+    void operation(const Node& n, const OperatorForm& op, std::string& out) {
         const Node& a = *n.children[0];
-        if (op.function == "_Comma") return "(" + print(a) + ", " + print(*n.children[1]) + ")";
-        if (op.level == kUnaryLevel) return std::string(op.symbol) + operand(a, levelOf(a) < kUnaryLevel);
-        if (op.level == kPostfixLevel)
-            return operand(a, levelOf(a) < kPostfixLevel) + "[" + print(*n.children[1]) + "]";
+        if (op.function == "_Comma") {
+            out += '(';
+            print(a, out);
+            out += ", ";
+            print(*n.children[1], out);
+            out += ')';
+            return;
+        }
+        if (op.level == kUnaryLevel) {
+            out += op.symbol;
+            return operand(a, levelOf(a) < kUnaryLevel, out);
+        }
+        if (op.level == kPostfixLevel) {
+            operand(a, levelOf(a) < kPostfixLevel, out);
+            out += '[';
+            print(*n.children[1], out);
+            out += ']';
+            return;
+        }
         const Node& b = *n.children[1];
         bool rightAssociative = op.level == kPowerLevel;
-        std::string left = operand(a, rightAssociative ? levelOf(a) <= op.level : levelOf(a) < op.level);
-        std::string right = operand(b, rightAssociative ? levelOf(b) < op.level : levelOf(b) <= op.level);
-        return left + " " + std::string(op.symbol) + " " + right;
+        operand(a, rightAssociative ? levelOf(a) <= op.level : levelOf(a) < op.level, out);
+        out += ' ';
+        out += op.symbol;
+        out += ' ';
+        operand(b, rightAssociative ? levelOf(b) < op.level : levelOf(b) <= op.level, out);
     }
 
     std::string_view src_;
@@ -124,7 +154,7 @@ std::optional<std::string> substitute(std::string_view text, VecSubstExpressionO
     for (const Statement& s : *statements) {
         if (!out.empty()) out += "; ";
         if (s.target) out += *s.target + " = ";
-        out += printer.print(*s.expression);
+        printer.print(*s.expression, out);
     }
     return out;
 }
