@@ -1,5 +1,6 @@
 // User hash tables, templates, probe expressions and the conditional functions, called as the
 // host calls them.
+#include "bench_util.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -9,14 +10,11 @@
 namespace wavex {
 namespace {
 
-YRef<MessageHandler> quietSink() {
-    static const auto s = std::make_shared<CollectingMessageHandler>();
-    return s;
-}
+using bench::callFunctionLoop;
 
 VectorPtr call(const char* name, std::vector<VectorPtr> args) {
     VectorPtr out;
-    callFunction(*functionTable().find(name), args, quietSink(), ScpParseContext{}, &out);
+    callFunction(*functionTable().find(name), args, bench::sink(), ScpParseContext{}, &out);
     return out;
 }
 
@@ -45,9 +43,8 @@ void BM_HashSearch(benchmark::State& state) {
     VectorPtr h = call("HashCreate", {});
     call("HashAdd", {h, keys, values});
     VectorPtr fallback = makeStringVector({"none"});
-    for (auto _ : state) benchmark::DoNotOptimize(call("HashSearch", {h, keys, fallback}));
+    callFunctionLoop(state, "HashSearch", {h, keys, fallback});
     call("HashDelete", {h});
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * n));
 }
 BENCHMARK(BM_HashSearch)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
@@ -57,7 +54,7 @@ void BM_ResolveTemplate(benchmark::State& state) {
     while (text.size() < 1'000'000) text += "the value of %NAME% is %VALUE% ohms; ";
     VectorPtr tmpl = makeStringVector({text});
     VectorPtr names = makeStringVector({"NAME", "VALUE"}), values = makeStringVector({"R1", "1k"});
-    for (auto _ : state) benchmark::DoNotOptimize(call("ResolveTemplate", {tmpl, names, values}));
+    callFunctionLoop(state, "ResolveTemplate", {tmpl, names, values}, static_cast<int64_t>(text.size()));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 BENCHMARK(BM_ResolveTemplate)->Unit(benchmark::kMillisecond);
@@ -73,32 +70,29 @@ void BM_ParseProbeExpression(benchmark::State& state) {
     VectorPtr expression = makeStringVector({text});
     auto sink = std::make_shared<CollectingMessageHandler>();
     Interpreter wx(sink);  // the rewriter is the interpreter's
-    for (auto _ : state) benchmark::DoNotOptimize(call("ParseProbeExpression", {expression}));
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * state.range(0)));
+    callFunctionLoop(state, "ParseProbeExpression", {expression});
 }
 BENCHMARK(BM_ParseProbeExpression)->Arg(2'500)->Arg(10'000)->Unit(benchmark::kMillisecond);
 
-constexpr size_t kPoints = 10'000'000;
+constexpr int64_t kPoints = 10'000'000;
 
 VectorPtr randomVector(unsigned seed, double lo, double hi) {
     std::mt19937_64 gen(seed);
     std::uniform_real_distribution<double> u(lo, hi);
-    std::vector<double> y(kPoints);
+    std::vector<double> y(static_cast<size_t>(kPoints));
     for (double& x : y) x = u(gen);
     return makeRealVector(std::move(y));
 }
 
 void BM_IffV(benchmark::State& state) {
     static const VectorPtr c = randomVector(3, -1, 1), a = randomVector(4, 0, 1), b = randomVector(5, 0, 1);
-    for (auto _ : state) benchmark::DoNotOptimize(call("IffV", {c, a, b}));
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kPoints));
+    callFunctionLoop(state, "IffV", {c, a, b}, kPoints);
 }
 BENCHMARK(BM_IffV)->Unit(benchmark::kMillisecond);
 
 void BM_MaxN(benchmark::State& state) {
     static const VectorPtr a = randomVector(4, 0, 1), b = randomVector(5, 0, 1), c = randomVector(6, 0, 1);
-    for (auto _ : state) benchmark::DoNotOptimize(call("MaxN", {a, b, c}));
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kPoints));
+    callFunctionLoop(state, "MaxN", {a, b, c}, kPoints);
 }
 BENCHMARK(BM_MaxN)->Unit(benchmark::kMillisecond);
 
