@@ -6,6 +6,7 @@
 #include "wavex/vector.hpp"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -200,6 +201,14 @@ public:
     std::string_view string(int i, size_t k = 0) const;
     // The first value of a numeric argument (real part of a complex one); NaN when empty.
     double scalar(int i) const;
+    // The same for an optional argument: nothing when the call has no argument i.
+    std::optional<double> optionalScalar(int i) const;
+    // The x-values of argument i as reals: its real reference itself, or the real parts of a
+    // complex one (frequencies kept as complex numbers) copied into `scratch`; null when it has no
+    // reference.
+    const double* realRefData(int i, std::vector<double>& scratch) const;
+    // What a function that needs x-values says of argument %d (from 1) of function '%s' without.
+    static constexpr const char* kNoReferenceMessage = "Argument %d in function '%s' has no reference (xvalues)";
 
     // Host side: how the argument is seen by this call.
     struct View {

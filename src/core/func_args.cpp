@@ -1,4 +1,5 @@
 #include "wavex/function.hpp"
+#include "support/interpolation.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -110,6 +111,14 @@ double FuncArgs::scalar(int i) const {
     if (const double* d = data(i)) return d[0];
     if (const Complex* z = complexData(i)) return z[0].real();
     return std::numeric_limits<double>::quiet_NaN();
+}
+
+std::optional<double> FuncArgs::optionalScalar(int i) const {
+    return count() > i ? std::optional<double>(scalar(i)) : std::nullopt;
+}
+
+const double* FuncArgs::realRefData(int i, std::vector<double>& scratch) const {
+    return support_RealAbscissa(refType(i) != VD_NONE, refData(i), complexRefData(i), length(i), scratch);
 }
 
 // ---- FuncResult ----

@@ -17,18 +17,6 @@
 namespace wavex {
 namespace {
 
-constexpr const char* kNoReference = "Argument %d in function '%s' has no reference (xvalues)";
-
-std::optional<double> optionalArgument(const FuncArgs& args, int i) {
-    return args.count() > i ? std::optional<double>(args.scalar(i)) : std::nullopt;
-}
-
-// The x values of argument i as reals (see support_RealAbscissa); null without a reference.
-const double* abscissa(const FuncArgs& args, int i, std::vector<double>& scratch) {
-    return support_RealAbscissa(args.refType(i) != VD_NONE, args.refData(i), args.complexRefData(i), args.length(i),
-                                scratch);
-}
-
 // ---- avg, Rms ----------------------------------------------------------------------------------
 //
 // The running average from the first point to each point, with the pieces of the range
@@ -65,7 +53,7 @@ FUNC_ERROR runningAverage(const FuncArgs& args, FuncResult* result, Running op) 
     const RunningOp& o = kRunning[static_cast<size_t>(op)];
     const int64_t n = args.length(0), total = args.totalLength(0);
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     result->setType(VD_REAL, args.refType(0));
     result->setPhysType(args.physType(0), args.refPhysType(0));
     support_RunningAverage(args.data(0), x, n, o.mode, result->makeReal(n, RESULT_LIKE_ARGS, total));
@@ -91,13 +79,13 @@ FUNC_ERROR runningHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR area(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages->error(kNoReference, 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED_RANGE;
     }
-    RangeIntegral r = support_RangeIntegral(args.data(0), x, args.length(0), optionalArgument(args, 1),
-                                            optionalArgument(args, 2), IntegralMode::Mean);
+    RangeIntegral r = support_RangeIntegral(args.data(0), x, args.length(0), args.optionalScalar(1),
+                                            args.optionalScalar(2), IntegralMode::Mean);
     result->setPhysType(units::mult(args.physType(0), args.refPhysType(0)), units::NoRef);
     if (r.outcome != RangeOutcome::Done) {
         messages->error(rangeOutcomeMessage(r.outcome), info->name);
@@ -176,9 +164,9 @@ void cutReference(const X* from, const Stretch& s, double start, double end, X* 
 
 FUNC_ERROR truncate(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages->error(kNoReference, 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     const double start = args.scalar(1);

@@ -116,7 +116,7 @@ FUNC_ERROR calculus(const FuncArgs& args, FuncResult* result, const FuncInfo& in
         return FUNC_FAILED;
     }
     if (!overX && !c.overIndex) {
-        messages.error("Argument %d in function '%s' has no reference (xvalues)", 1, info.name);
+        messages.error(FuncArgs::kNoReferenceMessage, 1, info.name);
         return FUNC_FAILED;
     }
     const double* y = args.data(0);

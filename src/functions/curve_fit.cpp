@@ -182,10 +182,9 @@ std::optional<Polynomial> fitArgument(const FuncArgs& args, const FuncInfo* info
     if (!order) return std::nullopt;
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x =
-        support_RealAbscissa(args.refType(0) != VD_NONE, args.refData(0), args.complexRefData(0), n, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages.error("Argument %d in function '%s' has no reference (xvalues)", 1, info->name);
+        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return std::nullopt;
     }
     Fitted f = fitPolynomial(o, x, args.data(0), n, *order);
@@ -233,7 +232,7 @@ FUNC_ERROR curveFitPlot(WAVEX_HANDLER_PARAMS) {
     if (!p) return FUNC_FAILED;
     const int64_t n = args.length(0), total = args.totalLength(0);
     std::vector<double> scratch;
-    const double* x = support_RealAbscissa(true, args.refData(0), args.complexRefData(0), n, scratch);
+    const double* x = args.realRefData(0, scratch);
     result->setType(VD_REAL, args.refType(0));
     result->setPhysType(args.physType(0), args.refPhysType(0));
     double* out = result->makeReal(n, RESULT_LIKE_ARGS, total);

@@ -681,7 +681,7 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
     const double* x = args.refData(0);
     const Complex* cx = args.complexRefData(0);
     if (!x && !cx) {
-        messages->error("Argument %d in function '%s' has no reference (xvalues)", 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
 

@@ -206,8 +206,7 @@ FUNC_ERROR extremaHandler(WAVEX_HANDLER_PARAMS) {
     findExtrema<kExtrema[static_cast<size_t>(op)].sign>(y, n, o, found);
 
     std::vector<double> scratch;
-    const double* x =
-        support_RealAbscissa(args.refType(0) != VD_NONE, args.refData(0), args.complexRefData(0), n, scratch);
+    const double* x = args.realRefData(0, scratch);
     result->setPhysType(args.physType(0), x ? args.refPhysType(0) : units::Number);
     result->setType(VD_REAL, VD_REAL);
     double* outY = result->makeReal(found.count, RESULT_RESHAPED, -1);
@@ -245,10 +244,9 @@ double midway(const double* y, int64_t n) {
 FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x =
-        support_RealAbscissa(args.refType(0) != VD_NONE, args.refData(0), args.complexRefData(0), n, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages->error("Argument %d in function '%s' has no reference (xvalues)", 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     const double* y = args.data(0);

@@ -137,8 +137,7 @@ std::span<const double> values(const FuncArgs& args, int i) {
 FUNC_ERROR filter(const FuncArgs& args, FuncResult* result, Filter op) {
     const FilterOp& f = kFilters[static_cast<size_t>(op)];
     std::vector<double> scratch;
-    const double* t = support_RealAbscissa(args.refType(0) != VD_NONE, args.refData(0), args.complexRefData(0),
-                                           args.length(0), scratch);
+    const double* t = args.realRefData(0, scratch);
     const FilterInput in{values(args, 0), t, values(args, 1), values(args, 2), args.count() > 2};
     if (in.c.empty() || (f.needsX && !t)) return FUNC_OK;
 

@@ -27,15 +27,8 @@
 namespace wavex {
 namespace {
 
-constexpr const char* kNoReference = "Argument %d in function '%s' has no reference (xvalues)";
 constexpr double kTwoPi = 6.283185307179586476925286766559;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-// The x values of argument i as reals, or null when it has none.
-const double* abscissa(const FuncArgs& args, int i, std::vector<double>& scratch) {
-    return support_RealAbscissa(args.refType(i) != VD_NONE, args.refData(i), args.complexRefData(i), args.length(i),
-                                scratch);
-}
 
 // Argument i's values, or none when the argument is absent.
 std::span<const double> optionalValues(const FuncArgs& args, int i) {
@@ -103,9 +96,9 @@ FUNC_ERROR fft(WAVEX_HANDLER_PARAMS) {
         return FUNC_FAILED;
     }
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages->error(kNoReference, 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     const size_t n = static_cast<size_t>(length);
@@ -163,7 +156,7 @@ const WindowShape* findWindow(std::string_view name) {
 FUNC_ERROR fourierWindow(WAVEX_HANDLER_PARAMS) {
     const int64_t length = args.length(0);
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     const bool periodGiven = args.count() > 2;
     if (!x || length == 0 || (periodGiven && !(args.scalar(2) > 0))) return FUNC_OK;
     const double period = periodGiven ? args.scalar(2) : x[length - 1] - x[0];
@@ -292,7 +285,7 @@ void harmonicsIntegrated(const double* y, const double* x, int64_t length, doubl
 FUNC_ERROR fourier(WAVEX_HANDLER_PARAMS) {
     const int64_t length = args.length(0);
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     const double f0 = args.scalar(1);
     const double count = std::floor(args.scalar(2));
     const std::span<const double> options = optionalValues(args, 3);
@@ -340,9 +333,9 @@ FUNC_ERROR spectrumUniv(WAVEX_HANDLER_PARAMS) {
         return FUNC_FAILED;
     }
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages->error(kNoReference, 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     const double span = x[length - 1] - x[0];

@@ -20,14 +20,6 @@
 namespace wavex {
 namespace {
 
-constexpr const char* kNoReference = "Argument %d in function '%s' has no reference (xvalues)";
-
-// The x values of argument i as reals (see support_RealAbscissa), or null.
-const double* abscissa(const FuncArgs& args, int i, std::vector<double>& scratch) {
-    return support_RealAbscissa(args.refType(i) != VD_NONE, args.refData(i), args.complexRefData(i), args.length(i),
-                                scratch);
-}
-
 // Argument i as a whole number (truncated, kept within ±1e9), or nullopt when absent or NaN.
 std::optional<int> wholeArgument(const FuncArgs& args, int i) {
     if (args.count() <= i) return std::nullopt;
@@ -66,7 +58,7 @@ FUNC_ERROR interp(WAVEX_HANDLER_PARAMS) {
     const int64_t length = args.length(0);
     const double* y = args.data(0);
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     const double* points = args.data(1);
     const int64_t pointCount = args.length(1);
     const double* flags = args.count() > 3 ? args.data(3) : nullptr;
@@ -158,9 +150,9 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     const SearchOp& o = kSearches[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = abscissa(args, 0, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages.error(kNoReference, 1, info->name);
+        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     const double* y = args.data(0);
@@ -207,10 +199,10 @@ FUNC_ERROR searchHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch1, scratch2;
-    const double* x1 = abscissa(args, 0, scratch1);
-    const double* x2 = abscissa(args, 1, scratch2);
+    const double* x1 = args.realRefData(0, scratch1);
+    const double* x2 = args.realRefData(1, scratch2);
     if (!x1 || !x2) {
-        messages->error(kNoReference, 1, info->name);
+        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED;
     }
     InterpOpts opts{};

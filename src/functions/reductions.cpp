@@ -16,10 +16,6 @@
 namespace wavex {
 namespace {
 
-std::optional<double> optionalArgument(const FuncArgs& args, int i) {
-    return args.count() > i ? std::optional<double>(args.scalar(i)) : std::nullopt;
-}
-
 // ---- Range integrals ---------------------------------------------------------------------------
 //
 // Over the stretch from start to end (arguments 2 and 3; absent: the ends of the data), with the
@@ -64,13 +60,12 @@ FUNC_ERROR rangeIntegral(const FuncArgs& args, FuncResult* result, const FuncInf
     const IntegralOp& o = kIntegrals[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x =
-        support_RealAbscissa(args.refType(0) != VD_NONE, args.refData(0), args.complexRefData(0), n, scratch);
+    const double* x = args.realRefData(0, scratch);
     if (!x) {
-        messages.error("Argument %d in function '%s' has no reference (xvalues)", 1, info->name);
+        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
         return FUNC_FAILED_RANGE;
     }
-    RangeIntegral r = support_RangeIntegral(args.data(0), x, n, optionalArgument(args, 1), optionalArgument(args, 2),
+    RangeIntegral r = support_RangeIntegral(args.data(0), x, n, args.optionalScalar(1), args.optionalScalar(2),
                                             o.mode);
     result->setPhysType(o.unit(args.physType(0), args.refPhysType(0)), units::NoRef);
     if (r.outcome != RangeOutcome::Done) {
@@ -153,7 +148,7 @@ Found findExtreme(const ExtremeOp& o, const T* y, const X* x, int64_t n, std::op
 template <class T>
 Found findExtreme(const ExtremeOp& o, const FuncArgs& args, const T* y) {
     const int64_t n = args.length(0);
-    std::optional<double> start = optionalArgument(args, 1), end = optionalArgument(args, 2);
+    std::optional<double> start = args.optionalScalar(1), end = args.optionalScalar(2);
     if (const double* x = args.refData(0)) return findExtreme(o, y, x, n, start, end);
     if (const Complex* x = args.complexRefData(0)) return findExtreme(o, y, x, n, start, end);
     return findExtreme(o, y, static_cast<const double*>(nullptr), n, start, end);
