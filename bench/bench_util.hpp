@@ -18,14 +18,25 @@ inline YRef<MessageHandler> sink() {
     return s;
 }
 
-// n points over x in [0, 1], unevenly spaced, of uniform noise in [-1, 1]. Made once per size.
-inline const VectorPtr& noise(int64_t n) {
+// A curve of n points in volts over seconds, its x and y written by fill(x, y) the first time a
+// size is asked for and kept for the benchmarks that follow.
+template <class Fill>
+const VectorPtr& curveOnce(int64_t n, Fill fill) {
     static std::map<int64_t, VectorPtr> made;
     VectorPtr& v = made[n];
     if (!v) {
+        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+        fill(x, y);
+        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
+    }
+    return v;
+}
+
+// n points over x in [0, 1], unevenly spaced, of uniform noise in [-1, 1].
+inline const VectorPtr& noise(int64_t n) {
+    return curveOnce(n, [](std::vector<double>& x, std::vector<double>& y) {
         std::mt19937_64 gen(4);
         std::uniform_real_distribution<double> step(0.5, 1.5), value(-1, 1);
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
         double t = 0;
         for (size_t i = 0; i < x.size(); ++i) {
             x[i] = t;
@@ -33,9 +44,7 @@ inline const VectorPtr& noise(int64_t n) {
             y[i] = value(gen);
         }
         for (double& xi : x) xi /= x.back();
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
+    });
 }
 
 // Calls `name` on `args` through callFunction once per iteration; `items` elements an iteration

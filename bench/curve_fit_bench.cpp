@@ -7,25 +7,19 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <map>
 #include <numbers>
 
 namespace wavex {
 namespace {
 
-// n points of a transient over 1 ms: a slow cosine with a little ripple. Made once per size.
+// n points of a transient over 1 ms: a slow cosine with a little ripple.
 const VectorPtr& transient(int64_t n) {
-    static std::map<int64_t, VectorPtr> made;
-    VectorPtr& v = made[n];
-    if (!v) {
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+    return bench::curveOnce(n, [n](std::vector<double>& x, std::vector<double>& y) {
         for (size_t i = 0; i < x.size(); ++i) {
             x[i] = 1e-3 * static_cast<double>(i) / static_cast<double>(n - 1);
             y[i] = std::cos(2 * std::numbers::pi * 1.5e3 * x[i]) + 0.01 * std::sin(0.7 * static_cast<double>(i));
         }
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
+    });
 }
 
 void BM_CurveFit(benchmark::State& state) {

@@ -15,24 +15,19 @@ namespace wavex {
 namespace {
 
 // n evenly spaced points over x in [0, 1] of a 1000-period sine plus normal noise of standard
-// deviation 0.1: a noisy transient, about one point in three a local maximum. Made once per size.
+// deviation 0.1: a noisy transient, about one point in three a local maximum.
 const VectorPtr& noisySine(int64_t n) {
-    static std::map<int64_t, VectorPtr> made;
-    VectorPtr& v = made[n];
-    if (!v) {
+    return bench::curveOnce(n, [n](std::vector<double>& x, std::vector<double>& y) {
         std::mt19937_64 gen(7);
         std::normal_distribution<double> noise(0, 0.1);
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
         for (size_t i = 0; i < x.size(); ++i) {
             x[i] = static_cast<double>(i) / static_cast<double>(n - 1);
             y[i] = std::sin(2 * std::numbers::pi * 1000 * x[i]) + noise(gen);
         }
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
+    });
 }
 
-// n standard normal values, the spread of a large Monte Carlo run. Made once per size.
+// n standard normal values, the spread of a large Monte Carlo run.
 const VectorPtr& spread(int64_t n) {
     static std::map<int64_t, VectorPtr> made;
     VectorPtr& v = made[n];

@@ -8,7 +8,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <map>
 #include <vector>
 
 #if defined(WAVEX_HAVE_FFTW)
@@ -20,20 +19,15 @@ namespace {
 
 using bench::sink;
 
-// y_i = sin(0.001·i) + 0.25·cos(0.37·i) over x_i = i µs, made once per size.
+// y_i = sin(0.001·i) + 0.25·cos(0.37·i) over x_i = i µs.
 const VectorPtr& signal(int64_t n) {
-    static std::map<int64_t, VectorPtr> made;
-    VectorPtr& v = made[n];
-    if (!v) {
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+    return bench::curveOnce(n, [](std::vector<double>& x, std::vector<double>& y) {
         for (size_t i = 0; i < x.size(); ++i) {
             const auto t = static_cast<double>(i);
             x[i] = t * 1e-6;
             y[i] = std::sin(0.001 * t) + 0.25 * std::cos(0.37 * t);
         }
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
+    });
 }
 
 // fft with its default window (the scaled Hann window).

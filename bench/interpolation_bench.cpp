@@ -7,7 +7,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <map>
 #include <numbers>
 
 namespace wavex {
@@ -17,12 +16,9 @@ using bench::sink;
 
 // n points over x in [0, 1] of a sine of 1000 periods: a long transient as an adaptive-step
 // simulator writes it, its step swinging smoothly between 0.5 and 1.5 times the mean every few
-// thousand points. Made once per size.
+// thousand points.
 const VectorPtr& transient(int64_t n) {
-    static std::map<int64_t, VectorPtr> made;
-    VectorPtr& v = made[n];
-    if (!v) {
-        std::vector<double> x(static_cast<size_t>(n)), y(static_cast<size_t>(n));
+    return bench::curveOnce(n, [](std::vector<double>& x, std::vector<double>& y) {
         double t = 0;
         for (size_t i = 0; i < x.size(); ++i) {
             x[i] = t;
@@ -32,9 +28,7 @@ const VectorPtr& transient(int64_t n) {
             x[i] /= x.back();
             y[i] = std::sin(2 * std::numbers::pi * 1000 * x[i]);
         }
-        v = makeCurve(std::move(x), std::move(y), units::Voltage, units::Time);
-    }
-    return v;
+    });
 }
 
 void call(benchmark::State& state, const char* name, std::vector<VectorPtr> args) {
