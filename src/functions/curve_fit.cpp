@@ -169,7 +169,7 @@ Fitted fitPolynomial(const FitOp& o, const double* x, const double* y, int64_t n
 std::optional<int> orderArgument(const FuncArgs& args, const FuncInfo* info, MessageHandler& messages) {
     const int32_t order = truncateToInt32(args.scalar(1));
     if (order < 0 || order > kMaxOrder) {
-        messages.error("Order must be from 0 to 50 in function '%s'", info->name);
+        messages.error("Order must be from 0 to %d in function '%s'", kMaxOrder, info->name);
         return std::nullopt;
     }
     return order;

@@ -85,22 +85,28 @@ CosineWindow fftWindow(const FuncArgs& args) {
     return {1, 1};
 }
 
+// The x-values of the curve a transform takes, or null after saying why there are none: fewer
+// than two points, or no reference.
+const double* transformAbscissa(const FuncArgs& args, const FuncInfo* info, MessageHandler& messages,
+                                std::vector<double>& scratch) {
+    if (args.length(0) < 2) {
+        messages.error("Need at least two points for FFT");
+        return nullptr;
+    }
+    const double* x = args.realRefData(0, scratch);
+    if (!x) messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
+    return x;
+}
+
 FUNC_ERROR fft(WAVEX_HANDLER_PARAMS) {
     if (args.type(0) != VD_REAL) {
         messages->error("FFT function for complex data not yet implemented.");
         return FUNC_FAILED;
     }
     const int64_t length = args.length(0);
-    if (length < 2) {
-        messages->error("Need at least two points for FFT");
-        return FUNC_FAILED;
-    }
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = transformAbscissa(args, info, *messages, scratch);
+    if (!x) return FUNC_FAILED;
     const size_t n = static_cast<size_t>(length);
     const size_t N = fftSize(n);
     const double df = 1 / ((x[1] - x[0]) * static_cast<double>(N));
@@ -328,16 +334,9 @@ FUNC_ERROR fourier(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR spectrumUniv(WAVEX_HANDLER_PARAMS) {
     const int64_t length = args.length(0);
-    if (length < 2) {
-        messages->error("Need at least two points for FFT");
-        return FUNC_FAILED;
-    }
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = transformAbscissa(args, info, *messages, scratch);
+    if (!x) return FUNC_FAILED;
     const double span = x[length - 1] - x[0];
     if (!(span > 0)) {
         messages->error("Invalid data for '%s'. Data has no reference or interval<=0", info->name);

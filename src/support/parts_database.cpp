@@ -74,23 +74,9 @@ void PartsDatabase::insert(PartsRecord record) {
     table_.insert(std::move(key), std::move(record));
 }
 
-namespace {
-
-bool readWholeFile(const std::string& path, std::string& content) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-    if (!file) return false;
-    content.clear();
-    char buffer[1 << 16];
-    size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) content.append(buffer, n);
-    return !std::ferror(file.get());
-}
-
-}  // namespace
-
 bool PartsDatabase::read(const std::string& path, const NameFilter* filter) {
     std::string text;
-    if (path.empty() || !readWholeFile(path, text)) return false;
+    if (path.empty() || !readWholeFile(path, text).empty()) return false;
     readText(text, filter);
     return true;
 }

@@ -1,9 +1,6 @@
 #include "support/spice_stream.hpp"
 
-#include <cstdio>
-#include <memory>
-
-#include <sys/stat.h>
+#include "support/text.hpp"
 
 namespace wavex {
 namespace {
@@ -17,26 +14,8 @@ int lead(std::string_view line) {
 }  // namespace
 
 NewSpiceStream::NewSpiceStream(const std::string& fileName) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(fileName.c_str(), "rb"), &std::fclose);
-    if (!file) {
-        failure_ = "Cannot open file '" + fileName + "'";
-        return;
-    }
-    // A regular file is read at its size in one go; whatever else there is (a pipe, a file that
-    // grew meanwhile) in pieces after it.
-    struct stat st {};
-    if (fstat(fileno(file.get()), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
-        text_.resize(static_cast<size_t>(st.st_size));
-        text_.resize(std::fread(text_.data(), 1, text_.size(), file.get()));
-    }
-    char buffer[1 << 16];
-    size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text_.append(buffer, n);
-    open_ = !std::ferror(file.get());
-    if (!open_) {
-        text_.clear();
-        failure_ = "Cannot read file '" + fileName + "'";
-    }
+    failure_ = readWholeFile(fileName, text_);
+    open_ = failure_.empty();
 }
 
 NewSpiceStream NewSpiceStream::fromText(std::string_view text) {

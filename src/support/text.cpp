@@ -1,5 +1,10 @@
 #include "support/text.hpp"
 
+#include <cstdio>
+#include <memory>
+
+#include <sys/stat.h>
+
 namespace wavex {
 
 int stricmp(std::string_view a, std::string_view b) {
@@ -48,6 +53,29 @@ size_t CaseInsensitiveHash::operator()(std::string_view s) const {
         h *= 1099511628211ull;
     }
     return h;
+}
+
+std::string readWholeFile(const std::string& path, std::string& text, size_t maxStreamBytes) {
+    text.clear();
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    if (!file) return "Cannot open file '" + path + "'";
+    auto fail = [&](const char* start, const char* end) {
+        text.clear();
+        return start + path + end;
+    };
+    struct stat st {};
+    if (fstat(fileno(file.get()), &st) == 0 && S_ISREG(st.st_mode)) {
+        text.resize(static_cast<size_t>(st.st_size));
+        if (std::fread(text.data(), 1, text.size(), file.get()) != text.size()) return fail("Cannot read file '", "'");
+        return {};
+    }
+    char buffer[1 << 16];
+    size_t n;
+    while ((n = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
+        if (text.size() + n > maxStreamBytes) return fail("File '", "' is too large to read");
+        text.append(buffer, n);
+    }
+    return std::ferror(file.get()) ? fail("Cannot read file '", "'") : std::string();
 }
 
 }  // namespace wavex

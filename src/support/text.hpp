@@ -44,4 +44,10 @@ struct CaseInsensitiveEqual {
     bool operator()(std::string_view a, std::string_view b) const { return iequals(a, b); }
 };
 
+// Reads the whole file at `path` into `text`: a regular file at its size in one read, anything
+// else (a pipe) in pieces, up to `maxStreamBytes`. Returns "" when it was read, else the message:
+// "Cannot open file 'PATH'", "Cannot read file 'PATH'" or "File 'PATH' is too large to read"
+// (`text` is then empty).
+std::string readWholeFile(const std::string& path, std::string& text, size_t maxStreamBytes = SIZE_MAX);
+
 }  // namespace wavex

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <sys/stat.h>
 
 namespace wavex {
 namespace {
@@ -47,28 +46,6 @@ bool parseCount(std::string_view s, long* out) {
 }
 
 std::string num(double v) { return formatRoundTrip(v); }
-
-// Reads a whole file. Regular files are read at their size; anything else (a pipe) up to a cap.
-// Returns the message for a failure, or an empty string.
-std::string readFile(const std::string& name, std::string* out) {
-    std::unique_ptr<FILE, int (*)(FILE*)> f(std::fopen(name.c_str(), "rb"), &std::fclose);
-    if (!f) return "Cannot open file '" + name + "'";
-    struct stat st {};
-    bool regular = fstat(fileno(f.get()), &st) == 0 && S_ISREG(st.st_mode);
-    if (regular) {
-        out->resize(static_cast<size_t>(st.st_size));
-        size_t got = std::fread(out->data(), 1, out->size(), f.get());
-        if (got != out->size() || std::ferror(f.get())) return "Cannot read file '" + name + "'";
-        return {};
-    }
-    char buf[65536];
-    size_t got;
-    while ((got = std::fread(buf, 1, sizeof buf, f.get())) > 0) {
-        if (out->size() + got > kMaxStreamBytes) return "File '" + name + "' is too large to read";
-        out->append(buf, got);
-    }
-    return std::ferror(f.get()) ? "Cannot read file '" + name + "'" : std::string();
-}
 
 // The N of a file name NAME.sNp (any case), or 0.
 long portsInFileName(std::string_view name) {
@@ -544,7 +521,7 @@ bool AcTableData::build(std::vector<std::string>* errors) {
         return fail("File '" + fileName_ + "' is named for " + std::to_string(named) + " ports, not " +
                     std::to_string(numPorts_));
     std::string text;
-    if (std::string message = readFile(fileName_, &text); !message.empty()) return fail(std::move(message));
+    if (std::string message = readWholeFile(fileName_, text, kMaxStreamBytes); !message.empty()) return fail(std::move(message));
     return buildFromText(text, errors);
 }
 
