@@ -68,4 +68,21 @@ inline void callFunctionLoop(benchmark::State& state, const char* name, const st
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * (items < 0 ? state.range(0) : items));
 }
 
+// The memory-bandwidth bound: a fresh array filled by a plain loop, as a function making its
+// result does. Pattern recognition is off so that the loop stays a loop, not a library copy.
+template <class T>
+__attribute__((optimize("no-tree-loop-distribute-patterns"))) inline void copyLoop(benchmark::State& state,
+                                                                                    const Array<T>& in) {
+    for (auto _ : state) {
+        Array<T> out(in.size());
+        const T* src = in.data();
+        T* dst = out.data();
+        for (size_t i = 0; i < in.size(); ++i) dst[i] = src[i];
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(in.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(in.size() * 2 * sizeof(T)));
+}
+
 }  // namespace wavex::bench

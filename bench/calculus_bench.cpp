@@ -7,7 +7,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstring>
 #include <random>
 #include <string>
 
@@ -80,23 +79,10 @@ void BM_Gamma(benchmark::State& state) {
     callUnary(state, "gamma", x);
 }
 
-// The bound: copy 10^7 doubles into a fresh vector, as a result is made.
-void BM_CalculusCopyLoop(benchmark::State& state) {
-    static const VectorPtr y = uniform(kPoints, -1, 1, 14);
-    for (auto _ : state) {
-        Array<double> out(y->size());
-        std::memcpy(out.data(), y->real.data(), y->size() * sizeof(double));
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(y->size()));
-}
-
 BENCHMARK(BM_Integ)->Arg(kPoints)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Diff)->Arg(kPoints)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Erf)->Arg(kPoints)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Gamma)->Arg(kPoints)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CalculusCopyLoop)->Arg(kPoints)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace wavex

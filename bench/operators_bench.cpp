@@ -108,24 +108,8 @@ void BM_Evaluate_TimesPlus(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * state.range(0) * 4 * kReal);
 }
 
-// The bound: a fresh array filled by a plain loop, as an operator producing its result does.
-// Pattern recognition is off so that the loop stays a loop rather than becoming a library copy.
-template <class T>
-__attribute__((optimize("no-tree-loop-distribute-patterns"))) void copyLoop(benchmark::State& state,
-                                                                             const Array<T>& in) {
-    for (auto _ : state) {
-        Array<T> out(in.size());
-        const T* src = in.data();
-        T* dst = out.data();
-        for (size_t i = 0; i < in.size(); ++i) dst[i] = src[i];
-        benchmark::DoNotOptimize(out.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(in.size()));
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(in.size() * 2 * sizeof(T)));
-}
-void BM_OperatorsCopyLoop_Real(benchmark::State& state) { copyLoop(state, operands(state.range(0)).a->real); }
-void BM_OperatorsCopyLoop_Complex(benchmark::State& state) { copyLoop(state, operands(state.range(0)).z->cplx); }
+void BM_OperatorsCopyLoop_Real(benchmark::State& state) { bench::copyLoop(state, operands(state.range(0)).a->real); }
+void BM_OperatorsCopyLoop_Complex(benchmark::State& state) { bench::copyLoop(state, operands(state.range(0)).z->cplx); }
 
 #define WAVEX_OPERATOR_BENCHMARK(f) BENCHMARK(f)->Arg(kPoints)->Unit(benchmark::kMillisecond)
 WAVEX_OPERATOR_BENCHMARK(BM_OperatorsCopyLoop_Real);

@@ -17,11 +17,9 @@ def peers():
     y = np.sin(2 * np.pi * 1e6 * x) + rng.uniform(-0.01, 0.01, N)
     e = rng.uniform(-4, 4, N)
     g = rng.uniform(0.01, 50, N)
-    c = rng.uniform(-1, 1, N)
     return [
         (f"BM_Integ/{N}", N, lambda: integrate.cumulative_trapezoid(y, x, initial=0)),
         (f"BM_Diff/{N}", N, lambda: np.diff(y) / np.diff(x)),
         (f"BM_Erf/{N}", N, lambda: special.erf(e)),
         (f"BM_Gamma/{N}", N, lambda: special.gamma(g)),
-        (f"BM_CalculusCopyLoop/{N}", N, lambda: c.copy()),
     ]
