@@ -79,6 +79,7 @@ TEST(Cli, Statements) {
     EXPECT_EQ(r.out, "-1\n");
 }
 
+// How a failure prints and what still runs; the interpreter's messages have their own tests.
 TEST(Cli, FailuresStopTheRun) {
     struct Case {
         std::vector<std::string> args;
@@ -88,12 +89,9 @@ TEST(Cli, FailuresStopTheRun) {
     const Case cases[] = {
         {{"-e", "[1]", "-e", "[2,", "-e", "[3]"}, "1\n",
          "error: syntax error: expected a value at the end of the line\n  [2,\n     ^\n"},
-        {{"-e", "nosuch(1)"}, "", "error: Unknown function 'nosuch'\n"},
         {{"-e", "[1]; zz; [2]"}, "1\n", "error: Unknown vector 'zz'\n"},
         {{"-e", "db(1, 2)", "-e", "[1]"}, "", "error: Function 'db' takes 1 argument, not 2\n"},
-        {{"-e", "db()"}, "", "error: Function 'db' takes 1 argument, not 0\n"},
-        {{"-e", "db"}, "", "error: Function 'db' needs its arguments in parentheses\n"},
-        {{"-e", "[1, \"a\"]"}, "", "error: A vector literal cannot mix strings and numbers\n"},
+        {{"-e", "db"}, "", "error: Function 'db' needs its arguments in parentheses\n"},  // tested nowhere else
     };
     for (const Case& c : cases) {
         Outcome r = wavex(c.args);
@@ -135,24 +133,16 @@ TEST(Cli, UsageErrors) {
 
 TEST(Cli, Data) {
     std::string csv = writeTemp("data.csv",
-                                "time,out[V],h.re,h.im\n"
-                                "# run: R=1k\n0,1,1,2\n1e-6,2,3,-4\n\n"
-                                "# run: R=2k\n0,3,5,6\n1e-6,4.5e-3,7,8\n");
+                                "time,out[V]\n# run: R=1k\n0,1\n1e-6,2\n\n# run: R=2k\n0,3\n1e-6,4.5e-3\n");
     Outcome r = wavex({"--data", csv, "-e", "out"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
               "# R=1k\ntime [s]  out [V]\n0         1\n1u        2\n\n"
               "# R=2k\ntime [s]  out [V]\n0         3\n1u        4.5m\n");
 
-    r = wavex({"--json", "-d", csv, "-e", "h"});
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, R"({"type":"complex","phys":1,"unit":"","name":"h","y":[[1,2],[3,-4],[5,6],[7,8]],)"
-                     R"("x":{"type":"real","phys":4,"unit":"s","name":"time","values":[0,1e-06,0,1e-06]},)"
-                     R"("divisions":[{"length":2,"label":"R=1k"},{"length":2,"label":"R=2k"}]})" "\n");
-
     // Names that are not identifiers are reached through Vec(); a later file's columns win.
     std::string other = writeTemp("other.csv", "freq,v(out)[V]\n1,0.5\n");
-    r = wavex({"--data", csv, "--data", other, "-e", "Vec('v(out)')"});
+    r = wavex({"-d", csv, "--data", other, "-e", "Vec('v(out)')"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out, "freq [Hz]  v(out) [V]\n1          500m\n");
 
@@ -171,10 +161,6 @@ TEST(Cli, Data) {
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(r.err, "error: " + bad + ":3: 'x' in column 'out' is not a number\n");
-
-    r = wavex({"--data", "/nonexistent.csv"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, "error: cannot read '/nonexistent.csv': No such file or directory\n");
 }
 
 TEST(Cli, Scripts) {

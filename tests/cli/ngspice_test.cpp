@@ -155,26 +155,36 @@ std::string* Ngspice::dir_;
 std::map<std::string, std::vector<double>>* Ngspice::measures_;
 bool Ngspice::ran_;
 
-TEST_F(Ngspice, TransientValuesAreWhatNgspicePrints) {
-    const auto rows = readColumns(path("tran.txt"));
-    for (const char* file : {"tran.raw", "tran_ascii.raw"}) {
-        auto vs = load(file);
-        ASSERT_EQ(vs.size(), 4u) << file;
-        EXPECT_EQ(vs[0].name, "time");
-        EXPECT_EQ(vs[2].name, "v(out)");
-        EXPECT_EQ(vs[2].value->phys, units::Voltage);
-        EXPECT_EQ(vs[3].value->phys, units::Current);
-        EXPECT_EQ(vs[3].value->ref.phys, units::Time);
-        ASSERT_EQ(vs[0].value->size(), rows.size()) << file;
-        // Binary data are the doubles themselves; text data have 16 significant digits.
-        const double tolerance = std::string(file) == "tran.raw" ? 0 : 1e-15;
-        for (size_t i = 0; i < rows.size(); ++i)
-            for (size_t c = 0; c < 4; ++c) {
-                const double expected = rows[i][c], got = vs[c].value->real[i];
-                if (tolerance == 0) ASSERT_EQ(got, expected) << file << " " << vs[c].name << "[" << i << "]";
-                else ASSERT_NEAR(got, expected, tolerance * std::fabs(expected)) << file << " " << vs[c].name << "[" << i << "]";
+// Each point as wrdata prints it: the scale, then every vector's value (real and imaginary part
+// when complex). Binary data are the doubles themselves; text data have 16 significant digits.
+TEST_F(Ngspice, ValuesAreWhatNgspicePrints) {
+    struct Case { const char* file; const char* printed; size_t vectors; PhysType scale; };
+    for (const Case& c : {Case{"tran.raw", "tran.txt", 4, units::Time}, Case{"tran_ascii.raw", "tran.txt", 4, units::Time},
+                          Case{"ac.raw", "ac.txt", 3, units::Frequency}, Case{"ac_ascii.raw", "ac.txt", 3, units::Frequency}}) {
+        SCOPED_TRACE(c.file);
+        const auto rows = readColumns(path(c.printed));
+        auto vs = load(c.file);
+        ASSERT_EQ(vs.size(), c.vectors);
+        EXPECT_EQ(vs[0].value->phys, c.scale);
+        EXPECT_EQ(vs.back().value->phys, units::Current);
+        EXPECT_EQ(vs.back().value->ref.phys, c.scale);
+        EXPECT_EQ(vs.back().value->ref.type, VD_REAL);  // an AC sweep's frequencies too
+        EXPECT_EQ(vs[c.vectors - 2].name, "v(out)");
+        EXPECT_EQ(vs[c.vectors - 2].value->phys, units::Voltage);
+        ASSERT_EQ(vs[0].value->size(), rows.size());
+        const double tolerance = std::string(c.file).find("ascii") == std::string::npos ? 0 : 1e-15;
+        for (size_t i = 0; i < rows.size(); ++i) {
+            std::vector<double> got{vs[0].value->real[i]};
+            for (size_t k = 1; k < vs.size(); ++k) {
+                const Vector& v = *vs[k].value;
+                if (v.type == VD_COMPLEX) got.insert(got.end(), {v.cplx[i].real(), v.cplx[i].imag()});
+                else got.push_back(v.real[i]);
             }
+            ASSERT_EQ(got.size(), rows[i].size()) << i;
+            for (size_t k = 0; k < got.size(); ++k) ASSERT_NEAR(got[k], rows[i][k], tolerance * std::fabs(rows[i][k])) << i;
+        }
     }
+    EXPECT_EQ(load("ac.raw")[1].value->type, VD_COMPLEX);
 }
 
 // The names stay as ngspice wrote them, and the language's probe forms reach them.
@@ -191,27 +201,6 @@ TEST_F(Ngspice, ProbesReachTheVectors) {
     ASSERT_TRUE(r) << wx.messages();
     EXPECT_EQ(r->real[300], vs[1].value->real[300] - vs[2].value->real[300]);
     EXPECT_EQ(r->phys, units::Voltage);
-}
-
-TEST_F(Ngspice, AcValuesAreWhatNgspicePrints) {
-    const auto rows = readColumns(path("ac.txt"));
-    for (const char* file : {"ac.raw", "ac_ascii.raw"}) {
-        auto vs = load(file);
-        ASSERT_EQ(vs.size(), 3u) << file;
-        const Vector& out = *vs[1].value;
-        EXPECT_EQ(out.type, VD_COMPLEX);
-        EXPECT_EQ(out.ref.type, VD_REAL);
-        EXPECT_EQ(out.ref.phys, units::Frequency);
-        EXPECT_EQ(vs[0].value->phys, units::Frequency);
-        ASSERT_EQ(out.size(), rows.size()) << file;
-        const double tolerance = std::string(file) == "ac.raw" ? 0 : 1e-15;
-        for (size_t i = 0; i < rows.size(); ++i) {
-            const double expected[] = {rows[i][0], rows[i][1], rows[i][2], rows[i][3], rows[i][4]};
-            const double got[] = {out.ref.real()[i], out.cplx[i].real(), out.cplx[i].imag(), vs[2].value->cplx[i].real(),
-                                  vs[2].value->cplx[i].imag()};
-            for (size_t c = 0; c < 5; ++c) ASSERT_NEAR(got[c], expected[c], tolerance * std::fabs(expected[c])) << file << " " << i;
-        }
-    }
 }
 
 TEST_F(Ngspice, ControlLoopRunsAreDivisions) {

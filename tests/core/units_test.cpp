@@ -14,12 +14,13 @@ TEST(Units, AlgebraFollowsDimensions) {
     EXPECT_EQ(units::sqrt(code("V^2/Hz")), code("V/rtHz"));
     EXPECT_EQ(div(Voltage, Current), code("ohm"));
     EXPECT_EQ(mult(Voltage, Current), code("W"));
-    EXPECT_EQ(mult(Voltage, Time), code("V*s"));
-    EXPECT_EQ(div(Voltage, Time), code("V/s"));
     EXPECT_EQ(div(Number, Time), Frequency);
     EXPECT_EQ(div(Number, Frequency), Time);
     EXPECT_EQ(mult(Voltage, Number), Voltage);
     EXPECT_EQ(div(Voltage, Voltage), Number);
+    EXPECT_EQ(add(Voltage, Voltage), Voltage);  // sums keep the quantity
+    EXPECT_EQ(add(Voltage, Number), Voltage);
+    EXPECT_EQ(add(Number, Current), Current);
 }
 
 TEST(Units, UnnamedOrMixedResultsAreUnknown) {
@@ -30,22 +31,9 @@ TEST(Units, UnnamedOrMixedResultsAreUnknown) {
     EXPECT_EQ(mult(Unknown, Number), Unknown);
 }
 
-TEST(Units, SumsKeepTheQuantity) {
+TEST(Units, Names) {
     using namespace units;
-    EXPECT_EQ(add(Voltage, Voltage), Voltage);
-    EXPECT_EQ(add(Voltage, Number), Voltage);
-    EXPECT_EQ(add(Number, Current), Current);
-    EXPECT_EQ(add(Digital, Digital), Digital);
-}
-
-TEST(Units, FixedRulesAndNames) {
-    using namespace units;
-    EXPECT_EQ(same(Voltage), Voltage);
-    EXPECT_EQ(none(Voltage), Number);
-    EXPECT_EQ(unknown(Voltage), Unknown);
-    EXPECT_EQ(db(Voltage), Number);
     EXPECT_EQ(symbol(Voltage), "V");
-    EXPECT_EQ(symbol(Frequency), "Hz");
     EXPECT_EQ(symbol(code("V^2/Hz")), "V²/Hz");
     EXPECT_EQ(sp_GetPhysTypeName(NoRef), "none");
     EXPECT_FALSE(fromSymbol("furlong").has_value());

@@ -29,51 +29,35 @@ VectorPtr evenCurve(std::vector<double> y) {
 class Filters : public ::testing::Test {
 protected:
     test::Session wx;
-    void SetUp() override { wx.wx.setVector("x", evenCurve({3, 1, 4, 1, 5, 9, 2, 6})); }
-    std::vector<double> values(const std::string& expression) {
-        VectorPtr r = wx(expression);
-        EXPECT_NE(r, nullptr) << expression << ": " << wx.messages();
-        EXPECT_EQ(wx.messages(), "") << expression;
-        return r ? reals(r) : std::vector<double>{-999};
+    void SetUp() override {
+        wx.set("x", evenCurve({3, 1, 4, 1, 5, 9, 2, 6}));
+        wx.set("u", curve({0, 1, 4, 5}, {0, 8, 8, 8}));
     }
 };
 
 TEST_F(Filters, HandWorkedSequences) {
-    struct Case { const char* expression; std::vector<double> want; };
-    const Case cases[] = {
+    wx.check({
         // FIR: y[n] = Σ c[k]·(k ≤ n ? x[n−k] : h[k−1]); h = x[0] throughout by default.
-        {"FIR(x, [1])", {3, 1, 4, 1, 5, 9, 2, 6}},
-        {"FIR(x, [0.5, 0.5])", {3, 2, 2.5, 2.5, 3, 7, 5.5, 4}},
-        {"FIR(x, [0, 0, 1])", {3, 3, 3, 1, 4, 1, 5, 9}},
-        {"FIR(x, [0, 0, 1], [7, 8])", {8, 8, 3, 1, 4, 1, 5, 9}},  // h[k−1] for every n < k
-        {"FIR(x, [1, 1, 1], [5])", {8, 4, 8, 6, 10, 15, 16, 17}},  // history zero beyond its end
-        {"FIR(x, [1, 10], [7, 8, 9])", {73, 31, 14, 41, 15, 59, 92, 26}},
-        {"FIR(x, [1, 1], [])", {3, 4, 5, 5, 6, 14, 11, 8}},  // an empty history is all zero
+        {"FIR(x, [1])", "[3, 1, 4, 1, 5, 9, 2, 6]"},
+        {"FIR(x, [0.5, 0.5])", "[3, 2, 2.5, 2.5, 3, 7, 5.5, 4]"},
+        {"FIR(x, [0, 0, 1])", "[3, 3, 3, 1, 4, 1, 5, 9]"},
+        {"FIR(x, [0, 0, 1], [7, 8])", "[8, 8, 3, 1, 4, 1, 5, 9]"},  // h[k−1] for every n < k
+        {"FIR(x, [1, 1, 1], [5])", "[8, 4, 8, 6, 10, 15, 16, 17]"},  // history zero beyond its end
+        {"FIR(x, [1, 10], [7, 8, 9])", "[73, 31, 14, 41, 15, 59, 92, 26]"},
+        {"FIR(x, [1, 1], [])", "[3, 4, 5, 5, 6, 14, 11, 8]"},  // an empty history is all zero
         // IIR: y[n] = c[0]·x[n] + Σ c[k]·(k ≤ n ? y[n−k] : h[k−1]); h zero by default.
-        {"IIR(x, [2])", {6, 2, 8, 2, 10, 18, 4, 12}},
-        {"IIR(x, [1, 0.5])", {3, 2.5, 5.25, 3.625, 6.8125, 12.40625, 8.203125, 10.1015625}},
-        {"IIR(x, [1, -1])", {3, -2, 6, -5, 10, -1, 3, 3}},
-        {"IIR(x, [1, 0.5], [2, 100, 100])", {4, 3, 5.5, 3.75, 6.875, 12.4375, 8.21875, 10.109375}},
+        {"IIR(x, [2])", "[6, 2, 8, 2, 10, 18, 4, 12]"},
+        {"IIR(x, [1, 0.5])", "[3, 2.5, 5.25, 3.625, 6.8125, 12.40625, 8.203125, 10.1015625]"},
+        {"IIR(x, [1, 0.5], [2, 100, 100])", "[4, 3, 5.5, 3.75, 6.875, 12.4375, 8.21875, 10.109375]"},
+        // y0 = 3 + 0.5·4 + 0.25·8, y1 = 1 + 0.5·y0 + 0.25·8 (h[1] again), then from y itself.
+        {"IIR(x, [1, 0.5, 0.25], [4, 8])", "[7, 6.5, 9, 7.125, 10.8125, 16.1875, 12.796875, 16.4453125]"},
         // LPF with unit spacing: y[i] = y[i−1] + (x[i−1] − y[i−1])/(1 + τ).
-        {"LPF(x, 0)", {3, 3, 1, 4, 1, 5, 9, 2}},
-        {"LPF(x, 1)", {3, 3, 2, 3, 2, 3.5, 6.25, 4.125}},
-        {"LPF(x, 1, [1])", {1, 2, 1.5, 2.75, 1.875, 3.4375, 6.21875, 4.109375}},
-    };
-    for (const Case& c : cases) {
-        std::vector<double> got = values(c.expression);
-        ASSERT_EQ(got.size(), c.want.size()) << c.expression;
-        for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], c.want[i], 1e-12) << c.expression << " [" << i << "]";
-    }
-}
-
-// The history of IIR(x, [1, 0.5, 0.25], [4, 8]) worked out: y0 = 3 + 0.5·4 + 0.25·8,
-// y1 = 1 + 0.5·y0 + 0.25·8 (h[1] again), then y[n] = x[n] + 0.5·y[n−1] + 0.25·y[n−2].
-TEST_F(Filters, IirHistoryIndexing) {
-    std::vector<double> x = {3, 1, 4, 1, 5, 9, 2, 6}, y(8);
-    y[0] = 3 + 0.5 * 4 + 0.25 * 8;
-    y[1] = 1 + 0.5 * y[0] + 0.25 * 8;
-    for (int n = 2; n < 8; ++n) y[n] = x[n] + 0.5 * y[n - 1] + 0.25 * y[n - 2];
-    EXPECT_EQ(values("IIR(x, [1, 0.5, 0.25], [4, 8])"), y);
+        {"LPF(x, 0)", "[3, 3, 1, 4, 1, 5, 9, 2]"},
+        {"LPF(x, 1)", "[3, 3, 2, 3, 2, 3.5, 6.25, 4.125]"},
+        {"LPF(x, 1, [1])", "[1, 2, 1.5, 2.75, 1.875, 3.4375, 6.21875, 4.109375]"},
+        // Uneven steps of 1, 3, 1: fractions 1/2, 3/4, 1/2 with τ = 1.
+        {"LPF(u, 1)", "[0, 0, 6, 7]"},
+    });
 }
 
 // Long data through many taps: the impulse response is the coefficients, the step response
@@ -98,17 +82,8 @@ TEST_F(Filters, FirImpulseAndStepResponses) {
         }
         wantStep[n] = sum;
     }
-    EXPECT_EQ(values("FIR(impulse, [" + list + "])"), wantImpulse);
-    EXPECT_EQ(values("FIR(step, [" + list + "])"), wantStep);
-}
-
-TEST_F(Filters, LpfFollowsTheXSpacing) {
-    // A step after the first point, Δ = τ: each step halves the distance to the input.
-    wx.set("s", curve({0, 2, 4, 6, 8}, {0, 1, 1, 1, 1}));
-    EXPECT_EQ(values("LPF(s, 2)"), (std::vector<double>{0, 0, 0.5, 0.75, 0.875}));
-    // Uneven steps of 1, 3, 1: fractions 1/2, 3/4, 1/2 with τ = 1.
-    wx.set("u", curve({0, 1, 4, 5}, {0, 8, 8, 8}));
-    EXPECT_EQ(values("LPF(u, 1)"), (std::vector<double>{0, 0, 6, 7}));
+    EXPECT_EQ(reals(wx("FIR(impulse, [" + list + "])")), wantImpulse);
+    EXPECT_EQ(reals(wx("FIR(step, [" + list + "])")), wantStep);
 }
 
 TEST_F(Filters, UnitsAndReference) {
@@ -131,13 +106,7 @@ TEST_F(Filters, UnitsAndReference) {
 }
 
 TEST_F(Filters, EachRunStartsAfresh) {
-    auto v = std::make_shared<Vector>();
-    v->real = {1, 2, 3, 10, 20, 30, 40};
-    v->phys = units::Voltage;
-    v->ref = Reference::fromReal({0, 1, 2, 0, 1, 2, 3}, units::Time, "time");
-    v->setDivisionLengths({3, 4});
-    v->labels = {"a", "b"};
-    wx.set("runs", v);
+    wx.set("runs", test::runs({curve({0, 1, 2}, {1, 2, 3}), curve({0, 1, 2, 3}, {10, 20, 30, 40})}, {"a", "b"}));
     struct Case { const char* expression; std::vector<double> want; };
     const Case cases[] = {
         {"FIR(runs, [0.5, 0.5])", {1, 1.5, 2.5, 10, 15, 25, 35}},  // history x[0] of each run
@@ -160,25 +129,12 @@ TEST_F(Filters, DegenerateInputGivesEmptyOrNaNResults) {
     wx.set("one", curve({0}, {4}));
     wx.set("bare", makeRealVector({1, 2, 3}));
     wx.set("gap", evenCurve({1, NAN, 3, 4}));
-    // No coefficients, no time constant, no x values for LPF, no data: empty, no message.
-    for (const char* e : {"FIR(x, [])", "IIR(x, [])", "LPF(x, [])", "LPF(bare, 1)", "FIR(none, [1, 2])",
-                          "IIR(none, [1, 2])", "LPF(none, 1)"})
-        EXPECT_EQ(values(e), std::vector<double>{}) << e;
-    EXPECT_EQ(values("FIR(one, [1, 2, 3])"), std::vector<double>{24});
-    EXPECT_EQ(values("IIR(one, [1, 2, 3], [1, 1])"), std::vector<double>{9});
-    EXPECT_EQ(values("LPF(one, 1)"), std::vector<double>{4});
-    // NaN runs on through the outputs that depend on it, and no further.
-    std::vector<double> fir = values("FIR(gap, [1, 1])");
-    ASSERT_EQ(fir.size(), 4u);
-    EXPECT_EQ(fir[0], 2);
-    EXPECT_TRUE(std::isnan(fir[1]) && std::isnan(fir[2]));
-    EXPECT_EQ(fir[3], 7);
-    std::vector<double> iir = values("IIR(gap, [1, 0.5])");
-    EXPECT_TRUE(std::isnan(iir.at(3)));
-    // Complex data is refused by the host before any of them runs.
-    wx.set("z", makeComplexVector({{1, 1}}));
-    EXPECT_EQ(wx("FIR(z, [1])"), nullptr);
-    EXPECT_EQ(wx.messages(), "Argument 1 of function 'FIR' must be real, not complex");
+    // No coefficients, no time constant, no x values for LPF, no data: empty, no message. NaN runs
+    // on through the outputs that depend on it, and no further.
+    wx.check({{"FIR(x, [])", "[]"}, {"IIR(x, [])", "[]"}, {"LPF(x, [])", "[]"}, {"LPF(bare, 1)", "[]"},
+              {"FIR(none, [1, 2])", "[]"}, {"IIR(none, [1, 2])", "[]"}, {"LPF(none, 1)", "[]"},
+              {"FIR(one, [1, 2, 3])", "[24]"}, {"IIR(one, [1, 2, 3], [1, 1])", "[9]"}, {"LPF(one, 1)", "[4]"},
+              {"FIR(gap, [1, 1])", "[2, nan, nan, 7]"}, {"IIR(gap, [1, 0.5])", "[1, nan, nan, nan]"}});
 }
 
 }  // namespace

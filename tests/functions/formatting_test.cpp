@@ -1,5 +1,5 @@
 // Numbers, dates and colours as text: FormatNumber's four styles and the percent style's carried
-// precision, the engineering notation on its own, SprintfNumber's typed values and refused
+// precision (the engineering notation itself is in tests/support/numbers_test.cpp), SprintfNumber's typed values and refused
 // templates, the date conversions under set time zones, the colour conversions.
 #include "support/numbers.hpp"
 #include "test_util.hpp"
@@ -8,7 +8,6 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -31,7 +30,6 @@ protected:
         setenv("TZ", tz, 1);
         tzset();
     }
-    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     test::Session wx;
 
 private:
@@ -39,7 +37,7 @@ private:
 };
 
 TEST_F(Formatting, FormatNumberStyles) {
-    check({
+    wx.check({
         // engineering, the default style
         {"FormatNumber([1500, 0.0015, 2e6, 4.7e-12, 1.234567e9, 1e12, -0.5, 0], 3)",
          "['1.5k', '1.5m', '2Meg', '4.7p', '1.23G', '1T', '-500m', '0']"},
@@ -48,7 +46,6 @@ TEST_F(Formatting, FormatNumberStyles) {
         {"FormatNumber([140, 0.1], 0)", "['100', '100m']"},  // fewer than one digit is one
         // noeng: C's %.*g
         {"FormatNumber([0.1234567, 1234567], 3, 'noeng')", "['0.123', '1.23e+06']"},
-        {"FormatNumber([1234567], -2, 'NoEng')", "['1.23457e+06']"},
         {"FormatNumber([0.1234567], 0, 'NOENG')", "['0.1']"},
         {"FormatNumber([1/3], 1e9, 'noeng')", "['0.333333333333333314829616256247390992939472198486328125']"},
         // int: rounded half up, whole
@@ -62,7 +59,6 @@ TEST_F(Formatting, FormatNumberStyles) {
         {"FormatNumber([0.5, 0.00001], 3, '%')", "['50.0%', '0.001%']"},  // the carry also grows
         // non-finite values in every style
         {"FormatNumber([NaN, Inf, -Inf], 3)", "['NaN', 'Inf', '-Inf']"},
-        {"FormatNumber([NaN, -Inf], 3, 'int')", "['NaN', '-Inf']"},
         {"FormatNumber([NaN, 0.5, Inf, -1e307], 3, '%')", "['NaN', '50.0%', 'Inf', '-Inf']"},
         {"FormatNumber([], 3)", "[]"},
         {"FormatNumber([1.5], NaN, 'noeng')", "['1.5']"},
@@ -71,88 +67,47 @@ TEST_F(Formatting, FormatNumberStyles) {
 
 TEST_F(Formatting, PercentPrecisionDriftIsBounded) {
     // Each tiny value raises the carried precision by some 300 digits; it stops at 350.
-    wx.wx.setVector("tiny", makeRealVector(std::vector<double>(50, 1e-300)));
+    wx.set("tiny", makeRealVector(std::vector<double>(50, 1e-300)));
     VectorPtr texts = wx("FormatNumber(tiny, 3, '%')");
     ASSERT_TRUE(texts);
     for (const StrElem& s : texts->str) EXPECT_LE(s->size(), 2u + 350 + 1);
     EXPECT_EQ(texts->str.back()->size(), 2u + 350 + 1);  // "0." + 350 digits + "%"
 }
 
-TEST(EngineeringNotation, DigitsZerosAndRange) {
-    struct Row {
-        double value;
-        int digits;
-        bool keepZeros;
-        const char* text;
-    };
-    const Row rows[] = {
-        {1500, 3, false, "1.5k"},         {1500, 3, true, "1.50k"},        {20, 3, true, "20.0"},
-        {0, 3, true, "0.00"},             {-0.0, 6, false, "-0"},         {1e-18, 3, true, "1.00e-18"},
-        {1.5e15, 6, false, "1.5e+15"},    {2.5e-300, 2, false, "2.5e-300"}, {1e-15, 6, false, "1f"},
-        {9.9996e-16, 3, false, "1f"},      {123456, 2, false, "120k"},      {0.1, 40, false, "100.00000000000001m"},
-        {-4.7e-9, 2, true, "-4.7n"},      {1e6, 1, true, "1Meg"},          {5e-324, 3, false, "4.94e-324"},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.text);
-        EXPECT_EQ(formatEngineering(r.value, r.digits, r.keepZeros), r.text);
-    }
-}
-
-TEST(EngineeringNotation, ReadsBackWhatItWrites) {
-    for (double v : {0.0, 1.0, -2.2e-9, 1e-16, 1e15, 123456789012345678.0, 0.1, 1.0 / 3, 5e-324, -1.7976931348623157e308,
-                     6.02214076e23, 999.99999999999989}) {
-        SCOPED_TRACE(v);
-        EXPECT_EQ(parseEngineeringNumber(formatEngineering(v, 17)), v);
-    }
-    EXPECT_EQ(parseEngineeringNumber("1.50k"), 1500);
-    EXPECT_EQ(parseEngineeringNumber("2Meg"), 2e6);
-    EXPECT_EQ(parseEngineeringNumber("-Inf"), -std::numeric_limits<double>::infinity());
-    EXPECT_TRUE(std::isnan(*parseEngineeringNumber("NaN")));
-    EXPECT_EQ(parseEngineeringNumber("1.5e+15"), 1.5e15);
-    EXPECT_EQ(parseEngineeringNumber("k"), std::nullopt);
-}
-
 TEST_F(Formatting, SprintfNumberFillsTypedValues) {
-    wx.wx.setVector("z", makeComplexVector({{3, 4}, {1, 1}}));
-    check({
+    wx.set("z", makeComplexVector({{3, 4}, {1, 1}}));
+    wx.check({
         {"SprintfNumber('%d items', 3)", "['3 items']"},
         {"SprintfNumber('%5.1f|%-4s|%x|%c', 3.14159, 'ab', 255, 65)", "['  3.1|ab  |ff|A']"},
         {"SprintfNumber('%g', z)", "['5']"},  // the magnitude of the first element
-        {"SprintfNumber('%d %d', 2.7, -2.7)", "['2 -2']"},
         {"SprintfNumber('R%d=%s%s', [5, 6], ['1k', 'x'], '')", "['R5=1k']"},
-        {"SprintfNumber('100%%')", "['100%']"},
         {"SprintfNumber('%g|%s|', [], Parse(''))", "['nan||']"},  // empty vectors: NaN and ""
         {"SprintfNumber('%s%s%s%s%s%s%s', 'a', 'b', 'c', 'd', 'e', 'f', 'g')", "['abcdefg']"},
-        {"SprintfNumber('\xff%s', '\xfe')", "['\xff\xfe']"},
     });
 }
 
-// Every refusal of formatPrintf gives an empty result (tests/support/printf_test.cpp has them all).
+// Every refusal of formatPrintf gives an empty result (tests/support/printf_test.cpp has them all):
+// one per kind of value mapping here.
 TEST_F(Formatting, SprintfNumberRefusesHostileTemplates) {
-    check({
+    wx.check({
         {"SprintfNumber('%n', 3)", "[]"},
         {"SprintfNumber('%s', 3)", "[]"},
         {"SprintfNumber('%d %d', 1)", "[]"},
-        {"SprintfNumber('%d', NaN)", "[]"},
     });
-    EXPECT_EQ(wx("SprintfNumber('%d', 1, 2, 3, 4, 5, 6, 7, 8)"), nullptr);
-    EXPECT_EQ(wx.messages(), "Function 'SprintfNumber' takes 1 to 8 arguments, not 9");
+    wx.expectFails("SprintfNumber('%d', 1, 2, 3, 4, 5, 6, 7, 8)", "Function 'SprintfNumber' takes 1 to 8 arguments, not 9");
 }
 
 TEST_F(Formatting, IsoDatesAreLocalMidnightReadAsStandardTime) {
     useTimeZone("UTC0");
-    check({
+    wx.check({
         {"ConvertIsoTimeToUnix('2020-03-05')", "[1583366400]"},
-        {"ConvertIsoTimeToUnix('2020-Mar-05')", "[1583366400]"},
         {"ConvertIsoTimeToUnix('2020-MAR-05')", "[1583366400]"},
         {"ConvertIsoTimeToUnix('2020-3-5')", "[1583366400]"},
         {"ConvertIsoTimeToUnix('2020-13-01')", "[1609459200]"},     // mktime rolls over
-        {"ConvertIsoTimeToUnix('2020-02-30')", "[1583020800]"},
         {"ConvertIsoTimeToUnix('2020-March-05')", "[1578182400]"},  // not one of the names: January
         {"ConvertIsoTimeToUnix('2020-03-05T10:00')", "[1583366400]"},
         {"ConvertIsoTimeToUnix('--')", "[-62167305600]"},            // year 0, day 0: 31 December of year -1
         {"ConvertIsoTimeToUnix('2020-03')", "[]"},
-        {"ConvertIsoTimeToUnix('2020-03-05-01')", "[]"},
         {"ConvertIsoTimeToUnix('')", "[]"},
         {"ConvertIsoTimeToUnix('99999999999-01-01')", "[]"},
         {"ConvertIsoTimeToUnix('2020-99999999999-01')", "[]"},
@@ -161,16 +116,15 @@ TEST_F(Formatting, IsoDatesAreLocalMidnightReadAsStandardTime) {
         {"ConvertUnixTimeToIso(-1)", "[]"},
         {"ConvertUnixTimeToIso(NaN)", "[]"},
         {"ConvertUnixTimeToIso(1e300)", "[]"},
-        {"ConvertUnixTimeToIso([])", "[]"},
     });
     useTimeZone("EST5EDT,M3.2.0,M11.1.0");
-    check({
+    wx.check({
         {"ConvertIsoTimeToUnix('2020-03-05')", "[1583384400]"},  // 05:00 UTC
         {"ConvertIsoTimeToUnix('2020-07-01')", "[1593579600]"},  // summer, still read as EST
         {"ConvertUnixTimeToIso(0)", "['1969-12-31']"},
     });
     useTimeZone("CET-1CEST,M3.5.0,M10.5.0/3");
-    check({
+    wx.check({
         {"ConvertIsoTimeToUnix('2020-07-01')", "[1593558000]"},
         {"ConvertUnixTimeToIso(ConvertIsoTimeToUnix('2020-07-01'))", "['2020-07-01']"},
         {"ConvertUnixTimeToIso(1593558000 - 3601)", "['2020-06-30']"},  // 23:59:59 summer time
@@ -178,30 +132,22 @@ TEST_F(Formatting, IsoDatesAreLocalMidnightReadAsStandardTime) {
 }
 
 TEST_F(Formatting, WebColours) {
-    check({
+    wx.check({
         {"ConvertHTMLcolourToRGB('#FF8000')", "['16744448']"},
         {"ConvertHTMLcolourToRGB('ff8000')", "['16744448']"},
         {"ConvertHTMLcolourToRGB(' #f80 ')", "['16746496']"},
-        {"ConvertHTMLcolourToRGB('Red')", "['16711680']"},
         {"ConvertHTMLcolourToRGB('NAVY')", "['128']"},
-        {"ConvertHTMLcolourToRGB('#000000')", "['0']"},
         {"ConvertHTMLcolourToRGB('#GG0000')", "[]"},
         {"ConvertHTMLcolourToRGB('#12345')", "[]"},
-        {"ConvertHTMLcolourToRGB('#')", "[]"},
-        {"ConvertHTMLcolourToRGB('')", "[]"},
         {"ConvertHTMLcolourToRGB('rgb(1,2,3)')", "[]"},
-        {"ConvertHTMLcolourToRGB('\xff\xfe\xfd')", "[]"},
         {"ConvertRGBcolourToHTML('16744448')", "['#FF8000']"},
         {"ConvertRGBcolourToHTML('16.744448Meg')", "['#FF8000']"},
-        {"ConvertRGBcolourToHTML(' 0 ')", "['#000000']"},
         {"ConvertRGBcolourToHTML('16777215')", "['#FFFFFF']"},
         {"ConvertRGBcolourToHTML(255.9)", "['#0000FF']"},
         {"ConvertRGBcolourToHTML(ConvertHTMLcolourToRGB('teal'))", "['#008080']"},
         {"ConvertRGBcolourToHTML('16777216')", "[]"},
         {"ConvertRGBcolourToHTML('-1')", "[]"},
         {"ConvertRGBcolourToHTML('blue')", "[]"},
-        {"ConvertRGBcolourToHTML('')", "[]"},
-        {"ConvertRGBcolourToHTML(NaN)", "[]"},
     });
 }
 

@@ -63,7 +63,6 @@ const Case kCases[] = {
     {"[0, 0, 2, NaN] || [0, NaN, 0, 0]", VD_REAL, {0, 1, 1, 1}},
     {"max([1, 5, NaN, 2], [3, 2, 4, NaN])", VD_REAL, {3, 5, 4, kNaN}},
     {"min([1, 5, NaN, 2], [3, 2, 4, NaN])", VD_REAL, {1, 2, kNaN, 2}},
-    {"atan2(1, 0)", VD_REAL, {kPi / 2}},
     {"atan2([1, -1, 0], [-1, -1, -1])", VD_REAL, {3 * kPi / 4, -3 * kPi / 4, kPi}},
     {"atan2_deg([1, 1, -1], [0, 1, 0])", VD_REAL, {90, 45, -90}},
     {"(1, 2) == [(1, 2), (1, 3)]", VD_REAL, {1, 0}},
@@ -84,7 +83,6 @@ const Case kCases[] = {
     {"5 / (0, 1)", VD_COMPLEX, {{0, -5}}},
     {"(1e300, 1e300) / (1e300, 1e300)", VD_COMPLEX, {{1, 0}}},  // |b|² would overflow
     {"1 / (1e-300, 1e-300)", VD_COMPLEX, {{5e299, -5e299}}},   // |b|² would underflow
-    {"(0, 1) ^ 2", VD_COMPLEX, {{-1, 0}}},
     {"(-2, 0) ^ [2, 3, -1]", VD_COMPLEX, {{4, 0}, {-8, 0}, {-0.5, 0}}},
     {"(1, 1) ^ (0, 0)", VD_COMPLEX, {{1, 0}}},
     {"(0, 0) ^ (2, 1)", VD_COMPLEX, {{0, 0}}},
@@ -117,16 +115,16 @@ TEST(OperatorValues, LongOperandsMatchElementByElement) {
             pairs[i] = a[i] / b[i], left[i] = 3 / b[i], right[i] = a[i] / 3;
             if (i < n / 2) z[i] = {a[i], b[i]}, quotients[i] = z[i] / std::conj(z[i]);
         }
-        s.wx.setVector("a", makeRealVector(a));
-        s.wx.setVector("b", makeRealVector(b));
-        s.wx.setVector("z", makeComplexVector(z));
+        s.set("a", makeRealVector(a));
+        s.set("b", makeRealVector(b));
+        s.set("z", makeComplexVector(z));
         EXPECT_EQ(reals(s("a / b")), pairs) << n;
         EXPECT_EQ(reals(s("3 / b")), left) << n;
         EXPECT_EQ(reals(s("a / 3")), right) << n;
         EXPECT_TRUE(allClose(s("z / (real(z), -imag(z))"), quotients)) << n;
 
         b[n - 2] = 0;
-        s.wx.setVector("b", makeRealVector(b));
+        s.set("b", makeRealVector(b));
         EXPECT_FALSE(s("a / b"));
         EXPECT_EQ(s.messages(), "Divide by zero");
     }
@@ -208,13 +206,13 @@ const UnitCase kUnitCases[] = {
 struct Operands : ::testing::Test {
     Session s;
     void SetUp() override {
-        s.wx.setVector("v", makeCurve({0, 1, 2}, {1, 2, 3}, units::Voltage, units::Time));
-        s.wx.setVector("i", makeCurve({5, 6, 7}, {4, 5, 6}, units::Current, units::Frequency));
-        s.wx.setVector("bare", makeRealVector({7, 8, 9}));
+        s.set("v", makeCurve({0, 1, 2}, {1, 2, 3}, units::Voltage, units::Time));
+        s.set("i", makeCurve({5, 6, 7}, {4, 5, 6}, units::Current, units::Frequency));
+        s.set("bare", makeRealVector({7, 8, 9}));
         auto runs = std::make_shared<Vector>(*makeCurve({0, 1, 2, 0, 1}, {1, 2, 3, 10, 20}, units::Voltage, units::Time));
         runs->setDivisionLengths({3, 2});
         runs->labels = {"R=1k", "R=2k"};
-        s.wx.setVector("runs", runs);
+        s.set("runs", runs);
     }
 };
 

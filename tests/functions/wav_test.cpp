@@ -48,9 +48,9 @@ struct WavFunctions : ::testing::Test {
         std::string pattern = ::testing::TempDir() + "wavex_wavfn_XXXXXX";
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
         dir = pattern + "/";
-        wx.wx.setVector("left", makeRealVector(ramp(100, 0.02)));
-        wx.wx.setVector("right", makeRealVector(ramp(80, 0.025)));
-        wx.wx.setVector("full", makeRealVector({1, -1, 0.5}));
+        wx.set("left", makeRealVector(ramp(100, 0.02)));
+        wx.set("right", makeRealVector(ramp(80, 0.025)));
+        wx.set("full", makeRealVector({1, -1, 0.5}));
     }
     void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
 
@@ -69,10 +69,11 @@ struct WavFunctions : ::testing::Test {
     }
 };
 
+// The statuses of WAV_WriteFile and the sizes it writes; the sample coding of each depth is the
+// converter's (tests/support/wav_test.cpp).
 TEST_F(WavFunctions, WriteStatusesAndHeaders) {
     EXPECT_EQ(write("twelve.wav", "[12], left"), 2);
     EXPECT_FALSE(exists(dir + "twelve.wav"));  // refused before the file is touched
-    for (const char* bits : {"8", "16", "24", "32"}) EXPECT_EQ(write(std::string("b") + bits + ".wav", std::string("[") + bits + "], left"), 0);
     EXPECT_EQ(write("rate0.wav", "[16, 1, 0], left"), WAV_BAD_RATE);
     EXPECT_FALSE(exists(dir + "rate0.wav"));
     EXPECT_EQ(call("WAV_WriteFile('/nonexistent/x.wav', [16], left)"), std::vector<double>{4});
@@ -82,18 +83,9 @@ TEST_F(WavFunctions, WriteStatusesAndHeaders) {
     EXPECT_EQ(write("stereo.wav", "[16], left, right"), 0);
     WavHeader h = headerOf(dir + "stereo.wav");
     EXPECT_EQ(h.dataSize, 320u);
-    EXPECT_EQ(h.riffSize, 356u);
     EXPECT_EQ(h.channels, 2);
-    EXPECT_EQ(h.blockAlign, 4);
+    EXPECT_EQ(h.sampleRate, 44100u);  // by default
     EXPECT_EQ(readBytes(dir + "stereo.wav").size(), 364u);
-
-    // Default rate, mono 16-bit.
-    h = headerOf(dir + "b16.wav");
-    EXPECT_EQ(h.sampleRate, 44100u);
-    EXPECT_EQ(h.byteRate, 88200u);
-    EXPECT_EQ(h.blockAlign, 2);
-    EXPECT_EQ(h.format, 1);
-    EXPECT_EQ(h.formatChunkSize, 16u);
 
     // 8-bit mono with an odd number of frames: the data chunk gets its pad byte.
     EXPECT_EQ(write("odd.wav", "[8, 1, 8000], full"), 0);
@@ -103,7 +95,7 @@ TEST_F(WavFunctions, WriteStatusesAndHeaders) {
     EXPECT_EQ(readBytes(dir + "odd.wav").size(), 48u);
 
     // A second channel given but empty is silent.
-    wx.wx.setVector("nothing", makeEmptyVector());
+    wx.set("nothing", makeEmptyVector());
     EXPECT_EQ(write("silent.wav", "[16], full, nothing"), 0);
     std::vector<double> opened = open(dir + "silent.wav");
     EXPECT_EQ(call("WAV_ReadData(" + std::to_string(opened[0]) + ", [1])"), (std::vector<double>{0, 0, 0}));
@@ -145,21 +137,14 @@ TEST_F(WavFunctions, OpenStatuses) {
     std::ofstream(dir + "text.wav") << "not a wave file";
     EXPECT_EQ(open(dir + "text.wav"), (std::vector<double>{-1, 7}));
 
-    // Headers Wav_CheckHeader refuses: the status passes through.
+    // A header Wav_CheckHeader refuses (each refusal: tests/support/wav_test.cpp): its status
+    // passes through.
     ASSERT_EQ(write("mono.wav", "[16, 1, 8000], full"), 0);
     std::string good = readBytes(dir + "mono.wav");
-    auto patched = [&](const std::string& name, size_t at, std::string bytes) {
-        std::string b = good;
-        b.replace(at, bytes.size(), bytes);
-        std::ofstream(dir + name, std::ios::binary) << b;
-        return dir + name;
-    };
-    using namespace std::string_literals;
-    EXPECT_EQ(open(patched("channels.wav", 22, "\0\0"s)), (std::vector<double>{-1, WAV_BAD_CHANNELS}));
-    EXPECT_EQ(open(patched("rate.wav", 24, "\0\0\0\0"s)), (std::vector<double>{-1, WAV_BAD_RATE}));
-    EXPECT_EQ(open(patched("format.wav", 20, "\x02\0"s)), (std::vector<double>{-1, WAV_BAD_FORMAT}));
-    EXPECT_EQ(open(patched("bits.wav", 34, "\x0C\0"s)), (std::vector<double>{-1, WAV_BAD_BITS}));
-    EXPECT_EQ(open(patched("align.wav", 32, "\x08\0"s)), (std::vector<double>{-1, WAV_BAD_BLOCK_ALIGN}));
+    std::string noChannels = good;
+    noChannels[22] = noChannels[23] = '\0';
+    std::ofstream(dir + "channels.wav", std::ios::binary) << noChannels;
+    EXPECT_EQ(open(dir + "channels.wav"), (std::vector<double>{-1, WAV_BAD_CHANNELS}));
 
     // A data chunk cut short: read leniently by default, refused by the strict option (8), which
     // still uses up a handle.

@@ -56,27 +56,17 @@ TEST(DataLoader, PicksTheReader) {
         {"[Version] 2.0\n", "amp.ts", DataFormat::Touchstone},
         {"\n  ! a comment\n# GHz S MA R 50\n", "amp.txt", DataFormat::Touchstone},
         {"[version] 2.1\n", "amp", DataFormat::Touchstone},
-        {"time,v\n0,1\n", "data.csv", DataFormat::Csv},
         {"# run: a\ntime,v\n", "data", DataFormat::Csv},
-        {"time,v\n", "v.sp", DataFormat::Csv},
         {"time,v\n", "v.s0p", DataFormat::Csv},
         {"", "empty", DataFormat::Csv},
     };
     for (const Case& c : cases) EXPECT_EQ(detectFormat(c.head, c.path), c.format) << c.path;
 }
 
+// CSV files load through here in ReportsProgress, raw files here and in tests/cli/ngspice_test.cpp.
 TEST(DataLoader, LoadsEachKind) {
     TempDir dir;
     std::string error;
-
-    auto csv = loadData(dir.write("a.csv", "time,out[V]\n0,1\n1,2\n"), &error);
-    ASSERT_TRUE(csv) << error;
-    EXPECT_EQ(reals((*csv)[1].value), (std::vector<double>{1, 2}));
-
-    auto raw = loadData(std::string(WAVEX_SOURCE_DIR) + "/tests/data/raw/rc_ac.raw", &error);
-    ASSERT_TRUE(raw) << error;
-    EXPECT_EQ((*raw)[1].name, "v(out)");
-    EXPECT_EQ((*raw)[1].value->type, VD_COMPLEX);
 
     // A stepped file of the UTF-16 format takes its labels from the log beside it.
     std::string stepped = utf16("Title: x\nPlotname: Transient Analysis\nFlags: real forward stepped\nNo. Variables: 2\n"
@@ -127,7 +117,8 @@ TEST(DataLoader, TouchstoneAsVectors) {
     EXPECT_EQ((*z)[1].value->phys, 6);
     EXPECT_EQ(complexes((*z)[1].value), (std::vector<Complex>{{50, 0}, {51, -1}}));
 
-    // Noise parameters follow the network data in version 1, over their own frequencies.
+    // Noise parameters follow the network data in version 1, over their own frequencies (their
+    // values: tests/support/touchstone_test.cpp).
     auto noisy = loadData(dir.write("lna.s2p", "# GHz S MA R 50\n1 0.5 0 2 90 0 0 0.5 0\n2 0.5 0 2 90 0 0 0.5 0\n"
                                                "1.5 0.8 0.3 45 0.2\n"), &error);
     ASSERT_TRUE(noisy) << error;
@@ -136,9 +127,7 @@ TEST(DataLoader, TouchstoneAsVectors) {
     EXPECT_EQ(reals((*noisy)[5].value), (std::vector<double>{0.8}));
     EXPECT_EQ(xs((*noisy)[5].value), (std::vector<double>{1.5e9}));
     EXPECT_EQ((*noisy)[6].name, "GammaOpt");
-    EXPECT_NEAR(std::arg((*noisy)[6].value->cplx[0]), M_PI / 4, 1e-15);
     EXPECT_EQ((*noisy)[7].name, "Rn");
-    EXPECT_EQ(reals((*noisy)[7].value), (std::vector<double>{0.2 * 50}));
 
     // Twelve ports: the indices are separated.
     std::string big = "# Hz S RI R 50\n1";

@@ -38,8 +38,7 @@ TEST(Base64, AcceptedSpellings) {
     const std::pair<const char*, const char*> cases[] = {
         {"Zg", "f"},                        // padding left out
         {"Zm8", "fo"},
-        {"Zm9v\r\nYmFy", "foobar"},         // wrapped lines
-        {" Zm9v YmE= \n", "fooba"},
+        {" Zm9v\r\nYmE= \n", "fooba"},      // wrapped lines, spaces
         {"\t", ""},
     };
     for (auto [base64, text] : cases) EXPECT_EQ(cv.decode(base64), text) << base64;

@@ -19,7 +19,6 @@ struct EscapeCase {
 TEST(Escape, WritesEachSchemeAsDocumented) {
     const EscapeCase cases[] = {
         {"", "", "", "", ""},
-        {"plain", "plain", "plain", "plain", "plain"},
         {"a b", "a b", R"(a\x20b)", "a%20b", "a+b"},
         {"tab\there", R"(tab\there)", R"(tab\there)", "tab%09here", "tab%09here"},
         {R"(q"uote\)", R"(q\"uote\\)", R"(q\"uote\\)", "q%22uote%5C", "q%22uote%5C"},
@@ -28,10 +27,7 @@ TEST(Escape, WritesEachSchemeAsDocumented) {
         {"it's a+b~c-d.e_f", "it's a+b~c-d.e_f", R"(it's\x20a+b~c-d.e_f)", "it%27s%20a%2Bb~c-d.e_f",
          "it%27s+a%2Bb~c-d.e_f"},
         {"\xc3\xa9t\xc3\xa9", "\xc3\xa9t\xc3\xa9", "\xc3\xa9t\xc3\xa9", "%C3%A9t%C3%A9", "%C3%A9t%C3%A9"},
-        {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80", "%F0%9F%98%80", "%F0%9F%98%80"},
-        {"caf\xe9", R"(caf\xe9)", R"(caf\xe9)", "caf%E9", "caf%E9"},                  // Latin-1, not UTF-8
-        {"\xed\xa0\x80", R"(\xed\xa0\x80)", R"(\xed\xa0\x80)", "%ED%A0%80", "%ED%A0%80"},  // a surrogate
-        {"\xc0\xaf", R"(\xc0\xaf)", R"(\xc0\xaf)", "%C0%AF", "%C0%AF"},               // overlong
+        {"caf\xe9", R"(caf\xe9)", R"(caf\xe9)", "caf%E9", "caf%E9"},                  // not UTF-8 (which sequences are: Utf8SequenceLengths)
         {"\xe2\x82", R"(\xe2\x82)", R"(\xe2\x82)", "%E2%82", "%E2%82"},               // truncated
     };
     for (const EscapeCase& c : cases) {

@@ -141,12 +141,9 @@ TEST(SupportFindYFromX, ListsNewestFirst) {
     YList<double> values;
     YList<long long> indices;
     support_FindYFromX(values, indices, a, b, 4, 0, order(1, 0, true));
-    ASSERT_EQ(values.size(), 3u);
-    EXPECT_EQ(values.head(), 2.5);  // the last crossing along the curve
     EXPECT_EQ(std::vector<double>(values.begin(), values.end()), (std::vector<double>{2.5, 1.5, 0.5}));
     values.reverse();
     EXPECT_EQ(values.head(), 0.5);
-    EXPECT_EQ(std::vector<double>(values.begin(), values.end()), (std::vector<double>{0.5, 1.5, 2.5}));
 }
 
 TEST(SupportFindYFromX, InterpolatesWithTheOrderAsked) {
@@ -220,12 +217,6 @@ TEST(RangeIntegral, OutcomesAndDegenerateCurves) {
     for (const Case& c : cases)
         EXPECT_EQ(support_RangeIntegral(y, c.x, c.n, c.start, c.end, IntegralMode::Mean).outcome, c.outcome)
             << (c.start ? *c.start : -99) << " " << (c.end ? *c.end : -99);
-
-    EXPECT_STREQ(rangeOutcomeMessage(RangeOutcome::OutOfRange),
-                 "The x value specified for the '%s' function is out of range");
-    EXPECT_EQ(rangeOutcomeStatus(RangeOutcome::OutOfRange), 1);
-    EXPECT_EQ(rangeOutcomeStatus(RangeOutcome::NonMonotonic), 2);
-    EXPECT_EQ(rangeOutcomeMessage(RangeOutcome::Done), nullptr);
 
     // One point and no points: nothing to integrate over nothing.
     RangeIntegral one = support_RangeIntegral(y, x, 1, std::nullopt, std::nullopt, IntegralMode::Mean);

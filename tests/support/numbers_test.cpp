@@ -34,8 +34,8 @@ TEST(Numbers, EngineeringSuffixes) {
 TEST(Numbers, TextForPeopleAndForMachines) {
     struct Case { double value; const char* text; };
     const Case engineering[] = {
-        {0, "0"}, {20, "20"}, {0.0015, "1.5m"}, {999.9999999, "1k"}, {2e6, "2Meg"}, {-4.7e-9, "-4.7n"},
-        {1e-20, "1e-20"}, {123456789, "123.457Meg"}, {NAN, "NaN"}, {-INFINITY, "-Inf"},
+        {0, "0"}, {20, "20"}, {999.9999999, "1k"}, {1e-20, "1e-20"}, {123456789, "123.457Meg"}, {NAN, "NaN"},
+        {-INFINITY, "-Inf"},
     };
     for (const Case& c : engineering) EXPECT_EQ(formatEngineering(c.value), c.text) << c.value;
     for (double x : {0.1, 1.0 / 3, 1e300, 5e-324, -2.5}) EXPECT_EQ(*parseNumber(formatRoundTrip(x)), x);
@@ -43,6 +43,27 @@ TEST(Numbers, TextForPeopleAndForMachines) {
     EXPECT_EQ(truncateToInt32(-3.9), -3);
     EXPECT_EQ(truncateToInt32(1e20), INT32_MAX);
     EXPECT_EQ(truncateToInt32(NAN), INT32_MIN);
+}
+
+TEST(Numbers, EngineeringDigitsZerosAndRange) {
+    struct Row { double value; int digits; bool keepZeros; const char* text; };
+    const Row rows[] = {
+        {1500, 3, true, "1.50k"},         {20, 3, true, "20.0"},
+        {0, 3, true, "0.00"},             {-0.0, 6, false, "-0"},         {1e-18, 3, true, "1.00e-18"},
+        {1.5e15, 6, false, "1.5e+15"},    {2.5e-300, 2, false, "2.5e-300"}, {1e-15, 6, false, "1f"},
+        {9.9996e-16, 3, false, "1f"},      {123456, 2, false, "120k"},      {0.1, 40, false, "100.00000000000001m"},
+        {-4.7e-9, 2, true, "-4.7n"},      {1e6, 1, true, "1Meg"},          {5e-324, 3, false, "4.94e-324"},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.text);
+        EXPECT_EQ(formatEngineering(r.value, r.digits, r.keepZeros), r.text);
+    }
+    // What it writes with 17 digits reads back exactly.
+    for (double v : {0.0, 1.0, -2.2e-9, 1e-16, 1e15, 123456789012345678.0, 0.1, 1.0 / 3, 5e-324, -1.7976931348623157e308,
+                     6.02214076e23, 999.99999999999989}) {
+        SCOPED_TRACE(v);
+        EXPECT_EQ(parseEngineeringNumber(formatEngineering(v, 17)), v);
+    }
 }
 
 }  // namespace
