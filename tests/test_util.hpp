@@ -6,6 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -28,6 +33,34 @@ inline std::string show(const VectorPtr& v) {
     }
     return s + "]";
 }
+
+// A fresh directory under the test's temporary directory, removed with all it holds when the
+// object goes.
+class ScratchDir {
+public:
+    ScratchDir() {
+        std::string pattern = ::testing::TempDir() + "wavex_XXXXXX";
+        if (!mkdtemp(pattern.data())) ADD_FAILURE() << "cannot make a directory like " << pattern;
+        path_ = pattern + "/";
+    }
+    ~ScratchDir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+
+    // The directory, ending in "/".
+    const std::string& path() const { return path_; }
+    // Writes `bytes` to the file `name` in it; gives the file's path.
+    std::string write(const std::string& name, std::string_view bytes) const {
+        std::ofstream(path_ + name, std::ios::binary) << bytes;
+        return path_ + name;
+    }
+
+private:
+    std::string path_;
+};
 
 // An expression and how its value shows.
 struct Shown {
@@ -68,6 +101,16 @@ struct Session {
         return all;
     }
 };
+
+// A curve of y over x, in volts over time unless told otherwise.
+inline VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = units::Voltage,
+                PhysType xPhys = units::Time, std::string xName = "time") {
+    auto v = std::make_shared<Vector>();
+    v->real = Array<double>(y.data(), y.size());
+    v->phys = yPhys;
+    v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), xPhys, std::move(xName));
+    return v;
+}
 
 // Curves joined as the divisions of one vector (runs of a stepped analysis), labelled.
 inline VectorPtr runs(const std::vector<VectorPtr>& parts, DivisionLabelArray labels) {

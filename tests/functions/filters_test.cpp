@@ -9,16 +9,9 @@
 namespace wavex {
 namespace {
 
+using test::curve;
 using test::reals;
 using test::xs;
-
-VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = units::Voltage) {
-    auto v = std::make_shared<Vector>();
-    v->real = Array<double>(y.data(), y.size());
-    v->phys = yPhys;
-    v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), units::Time, "time");
-    return v;
-}
 
 VectorPtr evenCurve(std::vector<double> y) {
     std::vector<double> x(y.size());

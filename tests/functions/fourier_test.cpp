@@ -10,19 +10,12 @@
 namespace wavex {
 namespace {
 
+using test::curve;
 using test::complexes;
 using test::reals;
 using test::runs;
 
 constexpr double kPi = 3.141592653589793;
-
-VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = units::Voltage) {
-    auto v = std::make_shared<Vector>();
-    v->real = Array<double>(y.data(), y.size());
-    v->phys = yPhys;
-    v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), units::Time, "time");
-    return v;
-}
 
 // The real parts of a complex reference.
 std::vector<double> frequencies(const VectorPtr& v) {

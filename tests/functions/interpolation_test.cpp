@@ -9,19 +9,11 @@
 namespace wavex {
 namespace {
 
+using test::curve;
 using test::reals;
 using test::runs;
 using test::strings;
 using test::xs;
-
-VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = units::Voltage,
-                PhysType xPhys = units::Time, std::string xName = "time") {
-    auto v = std::make_shared<Vector>();
-    v->real = Array<double>(y.data(), y.size());
-    v->phys = yPhys;
-    v->ref = Reference::fromReal(Array<double>(x.data(), x.size()), xPhys, std::move(xName));
-    return v;
-}
 
 std::vector<double> grid(double from, double step, int n) {
     std::vector<double> g;

@@ -28,17 +28,7 @@ std::string list(const std::vector<std::string>& items) {
 
 class PartsFiles : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string pattern = testing::TempDir() + "wavex_parts_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir_ = pattern + "/";
-    }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
-
-    std::string write(const std::string& name, const std::string& text) {
-        std::ofstream(dir_ + name, std::ios::binary) << text;
-        return dir_ + name;
-    }
+    std::string write(const std::string& name, const std::string& text) { return scratch_.write(name, text); }
     std::vector<std::string> readLines(const std::string& name) {
         std::ifstream in(dir_ + name);
         std::vector<std::string> lines;
@@ -50,7 +40,8 @@ protected:
         return v;
     }
 
-    std::string dir_;
+    test::ScratchDir scratch_;
+    const std::string dir_ = scratch_.path();
     Session wx;
 };
 

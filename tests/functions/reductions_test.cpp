@@ -10,15 +10,11 @@
 namespace wavex {
 namespace {
 
+using test::curve;
 using test::reals;
 using test::xs;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-VectorPtr curve(std::vector<double> x, std::vector<double> y, PhysType yPhys = units::Voltage,
-                PhysType xPhys = units::Time) {
-    return makeCurve(std::move(x), std::move(y), yPhys, xPhys);
-}
 
 class Reductions : public ::testing::Test {
 protected:

@@ -17,14 +17,8 @@ using Lines = std::vector<std::string>;
 class TextFiles : public ::testing::Test {
 protected:
     test::Session wx;
-    std::string dir;
-
-    void SetUp() override {
-        std::string pattern = testing::TempDir() + "wavex_text_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir = pattern + "/";
-    }
-    void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
+    test::ScratchDir scratch;
+    const std::string dir = scratch.path();
 
     // The lines `function` reads from a file holding `text`.
     Lines read(const char* function, const std::string& text) {

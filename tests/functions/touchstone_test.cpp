@@ -95,10 +95,8 @@ TEST_F(TouchstoneFunctions, ErrorsOfALoadedFile) {
     EXPECT_EQ(none->type, VD_STRING);
     EXPECT_EQ(none->size(), 0u);
 
-    std::string dir = ::testing::TempDir() + "wavex_touchstone_XXXXXX";
-    ASSERT_NE(mkdtemp(dir.data()), nullptr);
-    std::string bad = dir + "/bad.s1p";
-    std::ofstream(bad) << "# MHz S RI\n1 0.5 0.25\n2 0 oops\n3 0 0\n2.5 0 0\n4 0 0 7\n";
+    test::ScratchDir dir;
+    std::string bad = dir.write("bad.s1p", "# MHz S RI\n1 0.5 0.25\n2 0 oops\n3 0 0\n2.5 0 0\n4 0 0 7\n");
     std::vector<double> loaded = load(bad, 1);
     EXPECT_EQ(loaded[1], 0);
     EXPECT_EQ(strings(call("GetTouchstoneErrors(" + std::to_string(loaded[0]) + ")")),
@@ -106,8 +104,6 @@ TEST_F(TouchstoneFunctions, ErrorsOfALoadedFile) {
                                         "Line 6: expected 3 values for a frequency point, found 4"}));
     EXPECT_TRUE(read(loaded[0], "0, 0").empty());  // a failed build has no points
     EXPECT_TRUE(reals(call("GetTouchstoneErrors(" + std::to_string(loaded[0] + 1000) + ")")).empty());
-    std::remove(bad.c_str());
-    std::remove(dir.c_str());
 }
 
 }  // namespace

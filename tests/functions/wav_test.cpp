@@ -42,17 +42,14 @@ std::vector<double> ramp(size_t n, double step) {
 
 struct WavFunctions : ::testing::Test {
     Session wx;
-    std::string dir;
+    test::ScratchDir scratch;
+    const std::string dir = scratch.path();
 
     void SetUp() override {
-        std::string pattern = ::testing::TempDir() + "wavex_wavfn_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        dir = pattern + "/";
         wx.set("left", makeRealVector(ramp(100, 0.02)));
         wx.set("right", makeRealVector(ramp(80, 0.025)));
         wx.set("full", makeRealVector({1, -1, 0.5}));
     }
-    void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
 
     std::vector<double> call(const std::string& expression) {
         VectorPtr r = wx(expression);

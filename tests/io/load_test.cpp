@@ -17,22 +17,6 @@ using test::complexes;
 using test::reals;
 using test::xs;
 
-// Files under the test's temporary directory, removed when the test ends.
-struct TempDir {
-    std::string path = testing::TempDir() + "wavex_load_" + std::to_string(getpid()) + "/";
-    std::vector<std::string> files;
-    TempDir() { ::mkdir(path.c_str(), 0700); }
-    ~TempDir() {
-        for (const std::string& f : files) std::remove(f.c_str());
-        ::rmdir(path.c_str());
-    }
-    std::string write(const std::string& name, std::string_view bytes) {
-        files.push_back(path + name);
-        std::ofstream(files.back(), std::ios::binary) << bytes;
-        return files.back();
-    }
-};
-
 std::string utf16(std::string_view text) {
     std::string out;
     for (char c : text) out += c, out += '\0';
@@ -65,7 +49,7 @@ TEST(DataLoader, PicksTheReader) {
 
 // CSV files load through here in ReportsProgress, raw files here and in tests/cli/ngspice_test.cpp.
 TEST(DataLoader, LoadsEachKind) {
-    TempDir dir;
+    test::ScratchDir dir;
     std::string error;
 
     // A stepped file of the UTF-16 format takes its labels from the log beside it.
@@ -83,14 +67,14 @@ TEST(DataLoader, LoadsEachKind) {
     EXPECT_EQ((*runs)[1].value->labels, (DivisionLabelArray{"rload=10", "rload=20"}));
     EXPECT_EQ(reals((*runs)[1].value), (std::vector<double>{0, 2, 0, 2}));
 
-    EXPECT_FALSE(loadData(dir.path + "missing.csv", &error));
-    EXPECT_EQ(error, "cannot read '" + dir.path + "missing.csv': No such file or directory");
+    EXPECT_FALSE(loadData(dir.path() + "missing.csv", &error));
+    EXPECT_EQ(error, "cannot read '" + dir.path() + "missing.csv': No such file or directory");
     EXPECT_FALSE(loadData(dir.write("bad.raw", "time,v\n0,1\n"), &error));
-    EXPECT_EQ(error, dir.path + "bad.raw: not a raw file: it does not begin with 'Title:'");
+    EXPECT_EQ(error, dir.path() + "bad.raw: not a raw file: it does not begin with 'Title:'");
 }
 
 TEST(DataLoader, TouchstoneAsVectors) {
-    TempDir dir;
+    test::ScratchDir dir;
     std::string error;
     // Version 1 two-port data come in the order 11, 21, 12, 22.
     auto s2p = loadData(dir.write("amp.s2p", "! amplifier\n# MHz S RI R 50\n"
@@ -156,7 +140,7 @@ TEST(DataLoader, TouchstoneAsVectors) {
 }
 
 TEST(DataLoader, ReportsProgress) {
-    TempDir dir;
+    test::ScratchDir dir;
     std::string csv = "time,v\n";
     for (int k = 0; k < 2000000; ++k) csv += std::to_string(k) + ",1.5\n";
     std::string path = dir.write("big.csv", csv);

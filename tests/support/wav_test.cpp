@@ -1,6 +1,7 @@
 // The WAV routines: writing and reading back every bit depth, files with the chunks real tools
 // write, hostile headers, and files made by sox.
 #include "support/wav.hpp"
+#include "test_util.hpp"
 
 #include <gtest/gtest.h>
 
@@ -82,11 +83,6 @@ std::vector<int32_t> seconds(const Array<WavSample>& s) {
     std::vector<int32_t> v;
     for (const WavSample& x : s) v.push_back(x.second);
     return v;
-}
-
-std::string freshDir() {
-    std::string pattern = ::testing::TempDir() + "wavex_wav_XXXXXX";
-    return std::string(mkdtemp(pattern.data())) + "/";
 }
 
 // Values written at factor 2³¹−1 (scale 1): the codes each depth stores (clipped, NaN as 0,
@@ -240,7 +236,8 @@ std::string readBytes(const std::string& path) {
 // encodings through full-scale mapping and back, floats as the value times 2³¹−1.
 TEST(WavSox, FilesSoxWritesReadBackToTheSameSamples) {
     if (!haveSox()) GTEST_SKIP() << "sox is not installed: skipping the interoperability tests";
-    std::string dir = freshDir();
+    test::ScratchDir scratch;
+    const std::string& dir = scratch.path();
     struct Case { const char* encoding; int bits; int channels; std::vector<int64_t> codes; };
     const Case cases[] = {
         {"unsigned-integer", 8, 1, {128, 255, 0, 1, 200}},
