@@ -182,14 +182,19 @@ struct FuncInfo {
 private:
 };
 
-// True when a family's table has one row per operation, row i holding operation i: the check
-// `static_assert(rowsInOrder(kOperations, &Operation::op))` for operation codes 0 .. Code::Count - 1.
-template <class Row, size_t N, class Code>
-consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code) {
+// True when a family's table has one row per operation, row i holding operation i, and every row
+// passes `complete` (its kernel is set, say): `static_assert(rowsInOrder(kOperations, &Operation::op))`
+// for operation codes 0 .. Code::Count - 1.
+template <class Row, size_t N, class Code, class Complete>
+consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code, Complete complete) {
     if (N != static_cast<size_t>(Code::Count)) return false;
     for (size_t i = 0; i < N; ++i)
-        if (static_cast<size_t>(table[i].*code) != i) return false;
+        if (static_cast<size_t>(table[i].*code) != i || !complete(table[i])) return false;
     return true;
+}
+template <class Row, size_t N, class Code>
+consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code) {
+    return rowsInOrder(table, code, [](const Row&) { return true; });
 }
 
 // Where a function is defined: for the host's diagnostics.

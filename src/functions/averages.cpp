@@ -41,13 +41,7 @@ constexpr RunningOp kRunning[] = {
     {.op = Running::Rms, .mode = IntegralMode::Square},
 };
 
-consteval bool runningComplete() {
-    if (std::size(kRunning) != static_cast<size_t>(Running::Count)) return false;
-    for (size_t i = 0; i < std::size(kRunning); ++i)
-        if (static_cast<size_t>(kRunning[i].op) != i) return false;
-    return true;
-}
-static_assert(runningComplete(), "row i holds running average i");
+static_assert(rowsInOrder(kRunning, &RunningOp::op), "row i holds running average i");
 
 FUNC_ERROR runningAverage(const FuncArgs& args, FuncResult* result, Running op) {
     const RunningOp& o = kRunning[static_cast<size_t>(op)];
@@ -202,7 +196,7 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "one real value per run, in v's unit times its x unit (V·s)",
       .notes = "start and end default to the first and last x-values; ends that fall between samples "
                "are interpolated as Mean1 does. A start beyond the data reports \"out of range\" and "
-               "gives an empty result. v without x-values is integrated over its indices.",
+               "gives an empty result. v must have x-values.",
       .example = "area(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]), 0.5, 3)"}},
     {"avg", {arg::Real.each()}, 1, runningHandler<Running::Avg>,
      {.signature = "avg(v)",

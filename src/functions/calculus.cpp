@@ -90,15 +90,8 @@ constexpr Calculus kCalculus[] = {
      .overComplex = differentiate<Complex>, .overIndex = differenceOverIndex, .option = "DerivAcceptFactor"},
 };
 
-consteval bool calculusTableIsComplete() {
-    if (std::size(kCalculus) != static_cast<size_t>(Calc::Count)) return false;
-    for (size_t i = 0; i < std::size(kCalculus); ++i) {
-        const Calculus& c = kCalculus[i];
-        if (static_cast<size_t>(c.op) != i || c.minLength < 1) return false;
-    }
-    return true;
-}
-static_assert(calculusTableIsComplete(), "row i holds operation i");
+static_assert(rowsInOrder(kCalculus, &Calculus::op, [](const Calculus& c) { return c.minLength >= 1; }),
+              "row i holds operation i");
 
 FUNC_ERROR calculus(const FuncArgs& args, FuncResult* result, const FuncInfo& info, Calc op,
                     MessageHandler& messages) {
@@ -181,16 +174,8 @@ constexpr Constructor kConstructors[] = {
     {.op = Build::MakeComplexVec, .type = VD_COMPLEX},
 };
 
-consteval bool constructorTableIsComplete() {
-    if (std::size(kConstructors) != static_cast<size_t>(Build::Count)) return false;
-    for (size_t i = 0; i < std::size(kConstructors); ++i) {
-        const Constructor& c = kConstructors[i];
-        if (static_cast<size_t>(c.op) != i || (c.type != VD_REAL && c.type != VD_COMPLEX)) return false;
-        if (c.type == VD_COMPLEX && (c.ramp || c.divisionList)) return false;  // real forms only
-    }
-    return true;
-}
-static_assert(constructorTableIsComplete(), "row i holds constructor i, real or complex");
+static_assert(rowsInOrder(kConstructors, &Constructor::op, [](const Constructor& c) { return (c.type == VD_REAL || c.type == VD_COMPLEX) && (c.type == VD_REAL || (!c.ramp && !c.divisionList)); }),
+              "row i holds constructor i, real or complex (complex forms are neither ramps nor lists of runs)");
 
 // Writes elements [0, n) of the result's current division.
 void fill(FuncResult* result, const Constructor& c, int64_t n) {

@@ -70,13 +70,8 @@ constexpr FitOp kFits[] = {
     {Fit::Log, "log", true, true},
 };
 
-consteval bool fitsComplete() {
-    if (std::size(kFits) != static_cast<size_t>(Fit::Count)) return false;
-    for (size_t i = 0; i < std::size(kFits); ++i)
-        if (static_cast<size_t>(kFits[i].op) != i || !kFits[i].kind) return false;
-    return true;
-}
-static_assert(fitsComplete(), "row i holds fit i");
+static_assert(rowsInOrder(kFits, &FitOp::op, [](const FitOp& c) { return c.kind != nullptr; }),
+              "row i holds fit i");
 
 // Σ a_k t^k with t = (u − centre) / scale.
 struct Polynomial {

@@ -532,13 +532,8 @@ constexpr Operation kOperations[] = {
 
 // A row without its real kernel or unit rule draws -Wmissing-field-initializers. (Function
 // addresses cannot be compared with null in a constant expression under the sanitizers.)
-consteval bool tableIsInOrder() {
-    if (std::size(kOperations) != static_cast<size_t>(Op::Count)) return false;
-    for (size_t i = 0; i < std::size(kOperations); ++i)
-        if (static_cast<size_t>(kOperations[i].op) != i || !kOperations[i].name) return false;
-    return true;
-}
-static_assert(tableIsInOrder(), "row i holds operation i, with its display name");
+static_assert(rowsInOrder(kOperations, &Operation::op, [](const Operation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its display name");
 
 // The worker of the element-wise family.
 FUNC_ERROR dispatch(const FuncArgs& args, FuncResult* result, Op op, MessageHandler& messages) {

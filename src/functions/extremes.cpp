@@ -54,13 +54,8 @@ constexpr ExtremaOp kExtrema[] = {
     {Extrema::Minima, -1},
 };
 
-consteval bool extremaComplete() {
-    if (std::size(kExtrema) != static_cast<size_t>(Extrema::Count)) return false;
-    for (size_t i = 0; i < std::size(kExtrema); ++i)
-        if (static_cast<size_t>(kExtrema[i].op) != i || (kExtrema[i].sign != 1 && kExtrema[i].sign != -1)) return false;
-    return true;
-}
-static_assert(extremaComplete(), "row i holds extreme kind i, with sign +1 or -1");
+static_assert(rowsInOrder(kExtrema, &ExtremaOp::op, [](const ExtremaOp& c) { return c.sign == 1 || c.sign == -1; }),
+              "row i holds extreme kind i, with sign +1 or -1");
 
 struct ExtremaOptions {
     double level = kNaN;  // NaN: no level

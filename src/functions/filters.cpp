@@ -121,13 +121,8 @@ constexpr FilterOp kFilters[] = {
     {Filter::LPF, lpf, true},
 };
 
-consteval bool filtersComplete() {
-    if (std::size(kFilters) != static_cast<size_t>(Filter::Count)) return false;
-    for (size_t i = 0; i < std::size(kFilters); ++i)
-        if (static_cast<size_t>(kFilters[i].op) != i || !kFilters[i].kernel) return false;
-    return true;
-}
-static_assert(filtersComplete(), "row i holds filter i, with its kernel");
+static_assert(rowsInOrder(kFilters, &FilterOp::op, [](const FilterOp& c) { return c.kernel != nullptr; }),
+              "row i holds filter i, with its kernel");
 
 std::span<const double> values(const FuncArgs& args, int i) {
     if (args.count() <= i || !args.data(i)) return {};

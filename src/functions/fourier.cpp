@@ -145,13 +145,8 @@ constexpr WindowShape kWindows[] = {
     {Window::Rectangular, "rectangular", 1, 0, 0, false, true},
 };
 
-consteval bool windowsComplete() {
-    if (std::size(kWindows) != static_cast<size_t>(Window::Count)) return false;
-    for (size_t i = 0; i < std::size(kWindows); ++i)
-        if (static_cast<size_t>(kWindows[i].id) != i || !kWindows[i].name) return false;
-    return true;
-}
-static_assert(windowsComplete(), "row i holds window i, with its name");
+static_assert(rowsInOrder(kWindows, &WindowShape::id, [](const WindowShape& c) { return c.name != nullptr; }),
+              "row i holds window i, with its name");
 
 const WindowShape* findWindow(std::string_view name) {
     for (const WindowShape& w : kWindows)

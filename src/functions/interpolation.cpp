@@ -137,13 +137,7 @@ constexpr SearchOp kSearches[] = {
     {Search::YFromX, false},
 };
 
-consteval bool searchesComplete() {
-    if (std::size(kSearches) != static_cast<size_t>(Search::Count)) return false;
-    for (size_t i = 0; i < std::size(kSearches); ++i)
-        if (static_cast<size_t>(kSearches[i].op) != i) return false;
-    return true;
-}
-static_assert(searchesComplete(), "row i holds search i");
+static_assert(rowsInOrder(kSearches, &SearchOp::op), "row i holds search i");
 
 FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
                   Search op) {

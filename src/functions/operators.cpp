@@ -341,19 +341,14 @@ constexpr Operation kOperations[] = {
     {.op = Op::Atan2Deg, .name = "atan2_deg", .real = kRealPair<kAtan2Deg>, .unit = units::none2},
 };
 
-consteval bool tableIsComplete() {
-    if (std::size(kOperations) != static_cast<size_t>(Op::Count)) return false;
-    for (size_t i = 0; i < std::size(kOperations); ++i) {
-        const Operation& o = kOperations[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-        if (!o.real.has(0) && !o.complex.has(0)) return false;  // real operands always work
-        for (int pair = 0; pair < 4; ++pair)
-            if (o.real.has(pair) && o.complex.has(pair)) return false;  // one result kind per pair
-    }
+// Each row has a name, a kernel for two reals, and one result kind per pair of operand kinds.
+constexpr bool kernelsComplete(const Operation& o) {
+    if (!o.name || (!o.real.has(0) && !o.complex.has(0))) return false;
+    for (int pair = 0; pair < 4; ++pair)
+        if (o.real.has(pair) && o.complex.has(pair)) return false;
     return true;
 }
-static_assert(tableIsComplete(), "row i holds operation i, with a name, a kernel for two reals and one "
-                                 "result kind per pair of operand kinds");
+static_assert(rowsInOrder(kOperations, &Operation::op, kernelsComplete), "row i holds operation i, complete");
 
 // Runs the kernel of `pair`.
 template <class Out>

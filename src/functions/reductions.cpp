@@ -47,13 +47,8 @@ constexpr IntegralOp kIntegrals[] = {
      [](PhysType y, PhysType x) { return units::sqrt(units::mult(units::mult(y, y), x)); }},
 };
 
-consteval bool integralsComplete() {
-    if (std::size(kIntegrals) != static_cast<size_t>(Integral::Count)) return false;
-    for (size_t i = 0; i < std::size(kIntegrals); ++i)
-        if (static_cast<size_t>(kIntegrals[i].op) != i || !kIntegrals[i].value || !kIntegrals[i].unit) return false;
-    return true;
-}
-static_assert(integralsComplete(), "row i holds integral i, with its value and unit rules");
+static_assert(rowsInOrder(kIntegrals, &IntegralOp::op, [](const IntegralOp& c) { return c.value && c.unit; }),
+              "row i holds integral i, with its value and unit rules");
 
 FUNC_ERROR rangeIntegral(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
                          Integral op) {
@@ -107,13 +102,8 @@ constexpr ExtremeOp kExtremes[] = {
     {Extreme::Minimum, DBL_MAX, [](double v, double best) { return v < best; }},
 };
 
-consteval bool extremesComplete() {
-    if (std::size(kExtremes) != static_cast<size_t>(Extreme::Count)) return false;
-    for (size_t i = 0; i < std::size(kExtremes); ++i)
-        if (static_cast<size_t>(kExtremes[i].op) != i || !kExtremes[i].better) return false;
-    return true;
-}
-static_assert(extremesComplete(), "row i holds extreme i");
+static_assert(rowsInOrder(kExtremes, &ExtremeOp::op, [](const ExtremeOp& c) { return c.better != nullptr; }),
+              "row i holds extreme i");
 
 inline double magnitude(double v) { return v; }
 inline double magnitude(const Complex& z) { return std::abs(z); }
@@ -230,13 +220,7 @@ constexpr AllEqualOp kAllEqual[] = {
     {AllEqual::Zeros, 0.0},
 };
 
-consteval bool allEqualComplete() {
-    if (std::size(kAllEqual) != static_cast<size_t>(AllEqual::Count)) return false;
-    for (size_t i = 0; i < std::size(kAllEqual); ++i)
-        if (static_cast<size_t>(kAllEqual[i].op) != i) return false;
-    return true;
-}
-static_assert(allEqualComplete(), "row i holds test i");
+static_assert(rowsInOrder(kAllEqual, &AllEqualOp::op), "row i holds test i");
 
 FUNC_ERROR allEqual(const FuncArgs& args, FuncResult* result, AllEqual op) {
     const double value = kAllEqual[static_cast<size_t>(op)].value;

@@ -44,12 +44,7 @@ constexpr SetRow kSetOps[] = {
     {SetOp::SymmetricDifference, {{0, Keep::NotInOther}, {1, Keep::NotInOther}}, 2},
 };
 
-consteval bool rowsInOrder() {
-    for (size_t i = 0; i < std::size(kSetOps); ++i)
-        if (static_cast<size_t>(kSetOps[i].op) != i) return false;
-    return std::size(kSetOps) == static_cast<size_t>(SetOp::Count);
-}
-static_assert(rowsInOrder(), "kSetOps: row i must hold operation i");
+static_assert(rowsInOrder(kSetOps, &SetRow::op), "row i holds operation i");
 
 using StringSet = ChainedHashTable<bool, std::string_view>;
 

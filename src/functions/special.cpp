@@ -405,15 +405,8 @@ constexpr SingleOperation kSingle[] = {
     {.op = Single::Erfc, .name = "erfc", .real = map<erfcElement, double>, .unit = units::unknown},
 };
 
-consteval bool singleTableIsComplete() {
-    if (std::size(kSingle) != static_cast<size_t>(Single::Count)) return false;
-    for (size_t i = 0; i < std::size(kSingle); ++i) {
-        const SingleOperation& o = kSingle[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-    }
-    return true;
-}
-static_assert(singleTableIsComplete(), "row i holds operation i, with its name");
+static_assert(rowsInOrder(kSingle, &SingleOperation::op, [](const SingleOperation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its name");
 
 FUNC_ERROR single(const FuncArgs& args, FuncResult* result, Single op, MessageHandler& messages) {
     const SingleOperation& o = kSingle[static_cast<size_t>(op)];
@@ -470,15 +463,8 @@ constexpr PairOperation kPairs[] = {
     {.op = Pair::ChiSquare, .name = "chisquare", .kernel = mapPairs<chiSquareElement>, .unit = units::unknown2},
 };
 
-consteval bool pairTableIsComplete() {
-    if (std::size(kPairs) != static_cast<size_t>(Pair::Count)) return false;
-    for (size_t i = 0; i < std::size(kPairs); ++i) {
-        const PairOperation& o = kPairs[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-    }
-    return true;
-}
-static_assert(pairTableIsComplete(), "row i holds operation i, with its name");
+static_assert(rowsInOrder(kPairs, &PairOperation::op, [](const PairOperation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its name");
 
 FUNC_ERROR pair(const FuncArgs& args, FuncResult* result, Pair op, MessageHandler& messages) {
     const PairOperation& o = kPairs[static_cast<size_t>(op)];

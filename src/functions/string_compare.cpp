@@ -40,13 +40,8 @@ constexpr Comparison kComparisons[] = {
     {StringComparison::GreaterEqual, [](int r) { return r >= 0; }},
 };
 
-consteval bool comparisonsAreComplete() {
-    if (std::size(kComparisons) != static_cast<size_t>(StringComparison::Count)) return false;
-    for (size_t i = 0; i < std::size(kComparisons); ++i)
-        if (static_cast<size_t>(kComparisons[i].which) != i || !kComparisons[i].holds) return false;
-    return true;
-}
-static_assert(comparisonsAreComplete(), "row i holds comparison i, each with its predicate");
+static_assert(rowsInOrder(kComparisons, &Comparison::which, [](const Comparison& c) { return c.holds != nullptr; }),
+              "row i holds comparison i, each with its predicate");
 
 }  // namespace
 

@@ -209,12 +209,8 @@ constexpr TextRow kTextOps[] = {
     {TextOp::Hash, [](std::string_view t, bool) { return std::to_string(hashValue(t)); }},
 };
 
-consteval bool rowsInOrder() {
-    for (size_t i = 0; i < std::size(kTextOps); ++i)
-        if (static_cast<size_t>(kTextOps[i].op) != i || !kTextOps[i].kernel) return false;
-    return std::size(kTextOps) == static_cast<size_t>(TextOp::Count);
-}
-static_assert(rowsInOrder(), "kTextOps: row i must hold operation i");
+static_assert(rowsInOrder(kTextOps, &TextRow::op, [](const TextRow& c) { return c.kernel != nullptr; }),
+              "row i holds operation i");
 
 template <TextOp op>
 FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {

@@ -56,13 +56,8 @@ constexpr LinesOp kLines[] = {
      }},
 };
 
-consteval bool linesComplete() {
-    if (std::size(kLines) != static_cast<size_t>(Lines::Count)) return false;
-    for (size_t i = 0; i < std::size(kLines); ++i)
-        if (static_cast<size_t>(kLines[i].op) != i || !kLines[i].read) return false;
-    return true;
-}
-static_assert(linesComplete(), "row i reads lines of kind i");
+static_assert(rowsInOrder(kLines, &LinesOp::op, [](const LinesOp& c) { return c.read != nullptr; }),
+              "row i reads lines of kind i");
 
 FUNC_ERROR readLines(const FuncArgs& args, FuncResult* result, MessageHandler& messages, Lines op) {
     NewSpiceStream in{std::string(args.string(0))};
