@@ -715,7 +715,7 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
 constexpr FuncInfo kFunctions[] = {
     {"abs", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise,
      {.signature = "abs(v)",
-      .summary = "The magnitude of each element: |x| for real, |z| for complex values.",
+      .summary = "The magnitude of each element: the absolute value, or the modulus of a complex value.",
       .returns = "a real curve per run over v's x-values, in v's unit",
       .notes = "Messages name the operation \"mag\".",
       .example = "abs([-2, 3, (3, -4)])"}},
@@ -773,7 +773,7 @@ constexpr FuncInfo kFunctions[] = {
       .example = "sign([-2, 0, 3])"}},
     {"db", {arg::Numeric.each()}, 1, elementwise<Op::Db>, kPointwise,
      {.signature = "db(v)",
-      .summary = "Each element in decibels: 20·log10|x|.",
+      .summary = "Each element in decibels: 20·log10 of its magnitude.",
       .returns = "a real curve per run over v's x-values, plain numbers (dB)",
       .notes = "Takes the magnitude first, so negative and complex values are fine. An exact zero "
                "gives -6160 rather than failing.",

@@ -266,7 +266,7 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "a string vector, one element per value, without x-values",
       .notes = "Default style: engineering notation with digits significant digits (6 when "
                "negative) and a suffix f p n u m k Meg G T (\"Meg\", since \"M\" reads as milli); "
-               "exponent form outside 1e-15 … 1e15. \"noeng\": C's %.*g with digits; \"int\": "
+               "exponent form outside 1e-15 … 1e15. \"noeng\": C's `%.*g` with digits; \"int\": "
                "rounded half up, digits ignored; \"%\": percent, where the decimals carry over from "
                "one value to the next and drift (0.5, 0.5 with 3 give 50.0% then 50%). An unknown "
                "style is engineering. NaN and ±Inf are written so in every style.",
@@ -280,7 +280,7 @@ constexpr FuncInfo kFunctions[] = {
       .notes = "Each value gives its first element: a real number, a complex one its magnitude, a "
                "string its text. d i u o x X c take a number (truncated toward zero), e f g a a "
                "number, s a string. A directive without its value or with a value of the wrong "
-               "kind, %n, * widths, positional arguments and widths or precisions above 300 give "
+               "kind, `%n`, `*` widths, positional arguments and widths or precisions above 300 give "
                "an empty result rather than a message.",
       .example = "SprintfNumber(\"%d items at %.2f V\", 3.9, 1.5); SprintfNumber(\"%s=%g\", \"R1\", 2200)"}},
     {"ConvertIsoTimeToUnix", {arg::String}, 1, isoTimeToUnix,

@@ -490,11 +490,11 @@ constexpr FuncInfo kFunctions[] = {
       .example = "(1, -2); (2, [0, 1])"}},
     {"_Mod", {arg::Numeric, arg::Numeric}, 2, binary<Op::Mod>,
      {.signature = "a % b (_Mod)",
-      .summary = "The remainder of whole numbers: floor|a| mod floor|b|.",
+      .summary = "The remainder of the whole parts of the magnitudes of a and b.",
       .returns = "real, never negative, over a's x-values (else b's); unit unknown",
-      .notes = "Both operands lose their sign and fraction first, so -10 % 3 is 1 and 10.9 % 4.5 "
-               "is 2. floor|b| = 0 fails with \"Divide by zero\"; |a| or |b| of 2147483647 or more "
-               "is out of range. Real operands only.",
+      .notes = "floor|a| mod floor|b|: both operands lose their sign and fraction first, so -10 % 3 "
+               "is 1 and 10.9 % 4.5 is 2. floor|b| = 0 fails with \"Divide by zero\"; |a| or |b| "
+               "of 2147483647 or more is out of range. Real operands only.",
       .example = "[10, -10, 10.9] % [3, 3, 4.5]"}},
     {"_Gt", {arg::Any, arg::Any}, 2, comparison<Op::Gt, StringComparison::Greater>,
      {.signature = "a > b (_Gt)",

@@ -514,9 +514,10 @@ constexpr FuncInfo kFunctions[] = {
     // name, argument types, min, max, handler, per-division flags, options
     {"lgamma", {arg::Numeric.each()}, 1, singleHandler<Single::LnGamma>, kPointwise,
      {.signature = "lgamma(x)",
-      .summary = "The logarithm of the gamma function, ln|Γ(x)|, with the sign of Γ as a complex part.",
+      .summary = "The logarithm of the magnitude of Γ(x), with the sign of Γ as a complex "
+                 "part.",
       .returns = "a complex curve per run over x's x-values, unit unknown",
-      .notes = "Where Γ(x) > 0 the value is the real part; where Γ(x) < 0 it is the imaginary part "
+      .notes = "ln of the magnitude of Γ(x): where Γ(x) > 0 the value is the real part; where Γ(x) < 0 it is the imaginary part "
                "(real part 0). x = 0, a negative integer or x > 2.53e305 fails with \"Argument out "
                "of range\". Real x only.",
       .example = "lgamma([3, -0.5, 100])"}},

@@ -577,15 +577,15 @@ constexpr FuncInfo kFunctions[] = {
      {.signature = "MkVec(name)",
       .summary = "A vector name written so that an expression can use it.",
       .returns = "one string",
-      .notes = "A name holding a blank, a quote or one of & + - * / ^ < > ' @ { } [ ] % ! ( ), or "
+      .notes = "A name holding a blank, a quote or one of `& + - * / ^ < > ' @ { } [ ] % ! ( )`, or "
                "beginning with a digit, becomes Vec('name'); any other is returned unchanged.",
       .example = "MkVec(\"out\"); MkVec(\"1st-node\")"}},
     {"EscapeString", {arg::String, arg::String}, 1, transform<TextOp::Escape>,
      {.signature = "EscapeString(s [, \"replaceSpaces\"])",
       .summary = "s with backslash escapes for quotes, backslashes and control bytes.",
       .returns = "one string",
-      .notes = "Writes \\\\, \\\", \\n, \\r, \\t, and \\xHH for other control bytes and invalid UTF-8; "
-               "with \"replaceSpaces\" (any case) blanks become \\x20 too. The escaping is "
+      .notes = "Writes `\\\\`, `\\\"`, `\\n`, `\\r`, `\\t`, and `\\xHH` for other control bytes and invalid "
+               "UTF-8; with \"replaceSpaces\" (any case) blanks become `\\x20` too. The escaping is "
                "reversible.",
       .example = "EscapeString(\"a\" & Chr(9) & \"b\" & Chr(34)); EscapeString(\"a b\", \"replaceSpaces\")"}},
     {"EscapeStringEncode", {arg::String, arg::String}, 1, transform<TextOp::Encode>,
@@ -623,7 +623,7 @@ constexpr FuncInfo kFunctions[] = {
      {.signature = "GetGUID()",
       .summary = "A new random identifier (UUID).",
       .returns = "one string, 36 characters: lower-case hex, hyphenated",
-      .notes = "Different on every call. Also called CvUUID.",
+      .notes = "Different on every call.",
       .example = "g = GetGUID(); StringLength(g); Mid(g, 8, 1); g == GetGUID()"}},
 };
 
