@@ -76,7 +76,6 @@ constexpr FuncInfo kFunctions[] = {
                "integer), written little-endian.",
       .example = "_ConvertIntegerToBase64(1.9)"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

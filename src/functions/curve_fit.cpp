@@ -286,7 +286,6 @@ constexpr FuncInfo kFunctions[] = {
                "fitted polynomial. Points left out of the fit (NaN, infinite) still get a value.",
       .example = "CurveFitPlot(XY([0, 1, 1, 3], [0, 1, 2, 3]), 1)"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

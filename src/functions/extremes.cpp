@@ -307,7 +307,6 @@ constexpr FuncInfo kFunctions[] = {
                "as for Maxima.",
       .example = "v = XY([0, 2, 1, 3, 3, 1, 2.5, 0, 5], vector(9)); Minima(v, [], ['prominence', '1.5', 'ends'])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

@@ -181,7 +181,6 @@ constexpr FuncInfo kFunctions[] = {
                "value by Δx/(Δx + tau). data needs x-values: without them the result is empty.",
       .example = "LPF(XY([0, 1, 1, 1, 1], [0, 1, 2, 3, 4]), 1)"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

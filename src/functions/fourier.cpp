@@ -406,7 +406,6 @@ constexpr FuncInfo kFunctions[] = {
                "first interval alone. The sign convention is e^(+2πi·jk/N). Complex data is refused.",
       .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(fft(v)); mag(fft(v, 'none'))"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

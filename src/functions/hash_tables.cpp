@@ -198,7 +198,6 @@ constexpr FuncInfo kHashFunctions[] = {
                "table: every value of the first key, in the order added.",
       .example = "h = HashCreate(); HashAdd(h, ['a', 'b'], ['1', '2']); HashSearch(h, ['b', 'x'], '?')"}},
 };
-};
 const FuncFamily hashFamily(kHashFunctions);
 
 }  // namespace

@@ -188,7 +188,6 @@ constexpr FuncInfo kFunctions[] = {
                "counted.",
       .example = "Histogram([4.95, 5.02, 4.98, 5.07, 5.01, 4.99, 5.03, 4.96, 5.00], 4)"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

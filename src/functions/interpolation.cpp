@@ -459,7 +459,6 @@ constexpr FuncInfo kFunctions[] = {
                "interpolation. No extrapolation.",
       .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); YFromX(v, 2.5); YFromX(v, 2.5, 1)"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

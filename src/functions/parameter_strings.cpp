@@ -115,7 +115,6 @@ constexpr FuncInfo kFunctions[] = {
                "is put in double quotes.",
       .example = "BuildParameterString(['w', 'l', 'm'], ['1u', '', 'a b'])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

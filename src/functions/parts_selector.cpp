@@ -354,7 +354,6 @@ constexpr FuncInfo kFunctions[] = {
       .example = "_BuildPartSelectorData(['sel.txt', 'u', 'c', 'cj', 'sj', 'm', 's']); "
                  "_BuildPartSelectorData(['sel.txt'])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

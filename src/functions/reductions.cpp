@@ -324,7 +324,6 @@ constexpr FuncInfo kFunctions[] = {
       .notes = "All runs are tested together; an empty vector gives 1.",
       .example = "Zeros(makevec(3)); Zeros([0, 2])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

@@ -353,7 +353,6 @@ constexpr FuncInfo kFunctions[] = {
                "an earlier one. Elements not written are -1 (numbers) or \"\" (strings).",
       .example = "MapArray([10, 20, 30], [2, 0, 4])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

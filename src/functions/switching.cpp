@@ -221,7 +221,6 @@ constexpr FuncInfo kFunctions[] = {
                "probes are skipped.",
       .example = "length(ParseBRENNICInit('missing.ic'))"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

@@ -188,7 +188,6 @@ constexpr FuncInfo kTemplateFunctions[] = {
       .notes = "A short name for ResolveTemplate.",
       .example = "rt('%A%+%B% = {%A%+%B%}', ['A', 'B'], ['1', '2'])"}},
 };
-};
 const FuncFamily templateFamily(kTemplateFunctions);
 
 }  // namespace

@@ -100,7 +100,6 @@ constexpr FuncInfo kFunctions[] = {
                "is reported and gives an empty vector, as for ReadFile.",
       .example = "length(ReadSpiceFile('missing.cir'))"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

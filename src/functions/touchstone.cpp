@@ -177,7 +177,6 @@ constexpr FuncInfo kFunctions[] = {
                "against the n×n matrix. An unknown handle or an index outside gives an empty result.",
       .example = "h = LoadTouchstone('missing.s2p', 2); length(ReadTouchstone(h[0], 1, 0))"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 

@@ -209,7 +209,6 @@ constexpr FuncInfo kFunctions[] = {
       .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5, 2], [0, -0.5, -1]); "
                  "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [1])"}},
 };
-};
 
 const FuncFamily family(kFunctions);
 
