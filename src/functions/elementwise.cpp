@@ -809,15 +809,15 @@ constexpr FuncInfo kFunctions[] = {
      {.signature = "sin(v)",
       .summary = "The sine of each element, in radians.",
       .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
-      .notes = "Complex arguments whose imaginary part is beyond ±709 overflow with a message. "
-               "sin_deg takes degrees.",
+      .notes = "A complex argument whose imaginary part is 709.016 or more (or below about -745) "
+               "fails with \"Overflow\". sin_deg takes degrees.",
       .example = "sin([0, pi/6, pi/2])"}},
     {"cos", {arg::Numeric.each()}, 1, elementwise<Op::Cos>, kPointwise,
      {.signature = "cos(v)",
       .summary = "The cosine of each element, in radians.",
       .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
-      .notes = "Complex arguments whose imaginary part is beyond ±709 overflow with a message. "
-               "cos_deg takes degrees.",
+      .notes = "A complex argument whose imaginary part is 709.016 or more (or below about -745) "
+               "fails with \"Overflow\". cos_deg takes degrees.",
       .example = "cos([0, pi/3, pi])"}},
     {"sqrt", {arg::Numeric.each()}, 1, elementwise<Op::Sqrt>, kPointwise,
      {.signature = "sqrt(v)",

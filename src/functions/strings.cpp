@@ -476,7 +476,7 @@ constexpr FuncInfo kFunctions[] = {
       .example = "Char(\"hello\", 1); Char(\"hello\", -1)"}},
     {"Mid", {arg::String, arg::Real, arg::Real}, 2, mid,
      {.signature = "Mid(s, start [, count])",
-      .summary = "count bytes of s from position start (from 0).",
+      .summary = "Part of s: count bytes from position start (from 0).",
       .returns = "one string",
       .notes = "Without count: to the end. start and the end are clamped to the string, so "
                "out-of-range values give a shorter or empty string, never a message.",
@@ -592,7 +592,7 @@ constexpr FuncInfo kFunctions[] = {
      {.signature = "EscapeStringEncode(s [, \"replaceSpaces\"])",
       .summary = "s percent-encoded as in URLs (RFC 3986).",
       .returns = "one string",
-      .notes = "Every byte but letters, digits and - . _ ~ becomes %HH; with \"replaceSpaces\" (any "
+      .notes = "Every byte but letters, digits and `- . _ ~` becomes %HH; with \"replaceSpaces\" (any "
                "case) a blank becomes + instead.",
       .example = "EscapeStringEncode(\"a b/c?d=1\"); EscapeStringEncode(\"a b\", \"replaceSpaces\")"}},
     {"RegExp", {arg::String, arg::String}, 2, regExp,
