@@ -286,7 +286,7 @@ constexpr FuncInfo kFunctions[] = {
       .notes = "The crossings are XFromY's (rising only, order InterpOrder). level defaults to midway "
                "between the run's smallest and largest finite values (NaN or [] too). Fewer than two "
                "rising crossings give an empty curve; v needs x-values.",
-      .example = "CyclePeriod(XY([0, 1, 0, 1, 0, 1], [0, 1, 2, 4, 5, 7]), 0.5)"}},
+      .example = "t = vector(41)/4; CyclePeriod(XY(sin(2.5132741228718345*t), t))"}},
     {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>,
      {.signature = "Maxima(v [, level [, options]])",
       .summary = "Every local maximum of v, at the x-value where it occurs.",

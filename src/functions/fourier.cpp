@@ -374,7 +374,7 @@ constexpr FuncInfo kFunctions[] = {
                "a power of two >= max(InterpPts, 2n) points with order 1 or 2 (default 2); mode 1 "
                "integrates the straight lines between the data's points exactly (for sharp edges). Data "
                "shorter than a period, f0 <= 0 or n < 1 give an empty result, without a message.",
-      .example = "t = vector(101)/100; Fourier(XY(1 + 2*cos(2*3.141592653589793*t), t), 1, 3)"}},
+      .example = "Fourier(XY([0, 1, 0], [0, 0.5, 1]), 1, 2, [1])"}},
     {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow,
      {.signature = "FourierWindow(data [, name [, period]])",
       .summary = "data multiplied by an amplitude-corrected window over its own x-values.",
@@ -393,7 +393,7 @@ constexpr FuncInfo kFunctions[] = {
                "of two, with the interpolation order of the option InterpOrder (2), then transformed as "
                "fft does with its default Hann window: Δf = 1/(h·N), h = span/(N - 1). On evenly "
                "sampled data of N points it equals fft(data).",
-      .example = "SpectrumUniv(XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]), 8)"}},
+      .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(SpectrumUniv(v, 8))"}},
     {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft,  // refuses complex data itself
      {.signature = "fft(data [, window])",
       .summary = "The single-sided amplitude spectrum of real, evenly sampled data.",

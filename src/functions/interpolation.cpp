@@ -388,7 +388,7 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "one curve of one value per run, real or complex as v, over the first x-value of each run "
                  "(none when v has no x-values)",
       .notes = "An empty run gives NaN. A vector of one run is returned as it is.",
-      .example = "Coll(XY([5, 6, 7], [0, 1, 2]))"}},
+      .example = "m = makevec([2, 3]); NumDivisions(m); Coll(m)"}},
     {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp,
      {.signature = "Interp(data, points [, order [, options]])",
       .summary = "data resampled onto evenly spaced x-values.",
@@ -398,7 +398,7 @@ constexpr FuncInfo kFunctions[] = {
                "default the count points run from first in steps of (last - first)/count, so last itself "
                "is not one of them; set the first option to end on it. order defaults to the option "
                "InterpOrder (2: quadratic); 1 is linear. Fewer than 2 points is an error.",
-      .example = "Interp(XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]), [3, 0, 4], 1, [1])"}},
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); Interp(v, [2, 0, 4], 1); Interp(v, [3, 0, 4], 1, [1])"}},
     {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay,
      {.signature = "PropagationDelay(signal1, signal2, level1, level2 [, edge])",
       .summary = "Delays between edges of two signals, each edge found where its signal crosses its level.",

@@ -94,8 +94,8 @@ constexpr FuncInfo kFunctions[] = {
                "searched for a name, values included, and a last name without a value is dropped when "
                "the string is rebuilt. options[0] 'allowquoted' turns quoting on; options[1..3] replace "
                "the delimiters \" \\t=,\" and the quote characters. An unknown mode gives an empty result.",
-      .example = "ParseParameterString('R1 a b r=1k tc=0', ['tc', 'r'], ['read']); "
-                 "ParseParameterString('R1 a b r=1k tc=0', ['r'], ['write'], ['2k'])"}},
+      .example = "ParseParameterString('R1 a b r=1k tc=0', ['tc', 'r'], ['read', '3']); "
+                 "ParseParameterString('R1 a b r=1k tc=0', ['r'], ['write', '3'], ['2k'])"}},
     {"ParseParameterString2", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3,
      parseParameterString<ParameterReading::Entries>,
      {.signature = "ParseParameterString2(text, names, mode [, values [, options]])",

@@ -168,11 +168,12 @@ constexpr FuncInfo kTemplateFunctions[] = {
      {.signature = "ResolveTemplate(template, names, values [, failText])",
       .summary = "A template's %NAME% keywords replaced by values and its {expressions} evaluated.",
       .returns = "one string",
-      .notes = "Keywords are looked up in the pairs (names[i], values[i]), a name given twice taking its "
-               "later value; %% is a percent sign. Expressions are evaluated by the interpreter, "
-               "numbers written in their shortest round-trip form. An unknown keyword or a failing "
-               "expression stays as written, or, when failText is given, the whole result is failText.",
-      .example = "ResolveTemplate('%NAME% = {2*%VAL%}', ['NAME', 'VAL'], ['R1', '500']); "
+      .notes = "Keywords are looked up in the pairs (names[i], values[i]) ignoring case, a name given "
+               "twice taking its later value; %% is a percent sign. Expressions are evaluated by the "
+               "interpreter as written (keywords inside braces are not replaced), numbers written in "
+               "their shortest round-trip form. An unknown keyword or a failing expression stays as "
+               "written, or, when failText is given, the whole result is failText.",
+      .example = "x = 3; ResolveTemplate('%NAME% = {x*2}', ['NAME'], ['R1']); "
                  "ResolveTemplate('%OTHER%', ['NAME'], ['R1'], 'failed')"}},
     {"SubstProbeExpression", {arg::String, arg::String, arg::String}, 3, substProbeExpression,
      {.signature = "SubstProbeExpression(expr, names, values)",
@@ -186,7 +187,7 @@ constexpr FuncInfo kTemplateFunctions[] = {
       .summary = "Same as ResolveTemplate.",
       .returns = "one string",
       .notes = "A short name for ResolveTemplate.",
-      .example = "rt('%A%+%B% = {%A%+%B%}', ['A', 'B'], ['1', '2'])"}},
+      .example = "rt('%A%+%B% = {1+2}', ['A', 'B'], ['1', '2'])"}},
 };
 const FuncFamily templateFamily(kTemplateFunctions);
 

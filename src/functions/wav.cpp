@@ -195,7 +195,7 @@ constexpr FuncInfo kFunctions[] = {
       .notes = "channel is 0 (left) or 1 (right; a mono file's one channel is both); full scale reads as "
                "±scale (default 1). An unknown handle, a missing channel or another one gives an empty "
                "result.",
-      .example = "WAV_WriteFile('a.wav', [16, 2, 4], [0, 1, -1]); h = WAV_OpenFile('a.wav'); "
+      .example = "WAV_WriteFile('a.wav', [16, 1, 4], [0, 1, -1]); h = WAV_OpenFile('a.wav'); "
                  "WAV_ReadData(h[0], [0, 2])"}},
     {"WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile,
      {.signature = "WAV_WriteFile(file, [bits, scale, rate], left [, right])",
@@ -206,8 +206,8 @@ constexpr FuncInfo kFunctions[] = {
                "right, two channels of the shorter length (right empty: a silent second channel). "
                "Statuses: 3 header not written, 4 file not created, 5 samples not written, 6 too much "
                "data, 13 a rate below 1.",
-      .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5, 2], [0, -0.5, -1]); "
-                 "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [1])"}},
+      .example = "WAV_WriteFile('a.wav', [24, 1, 8000], [0, 3, -0.25], [0, -1, -9]); "
+                 "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [0]); WAV_ReadData(h[0], [1])"}},
 };
 
 const FuncFamily family(kFunctions);
