@@ -252,8 +252,8 @@ constexpr FuncInfo kFunctions[] = {
       .summary = "The running integral of v over x, by trapezoids.",
       .returns = "a real curve per run over v's x-values, in v's unit times the x unit (V·s)",
       .notes = "r[0] = 0; each step adds (y[i-1] + y[i])/2·(x[i] - x[i-1]) in the order of the points, "
-               "so x-values that run back give negative steps. v needs x-values; fewer than one point "
-               "is out of range.",
+               "so x-values that run back give negative steps. v needs x-values; an empty curve is out "
+               "of range.",
       .example = "integ(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]))"}},
     {"diff", {arg::Real.each()}, 1, calculusHandler<Calc::Diff>,
      {.signature = "diff(v)",
@@ -262,7 +262,8 @@ constexpr FuncInfo kFunctions[] = {
       .notes = "Backward difference: each point takes the slope of the step that ends there, and the first "
                "point the slope of the first step. Steps no longer than DerivAcceptFactor (default 1e-9) "
                "times the mean x-spacing are merged into the next one, the skipped points interpolated. "
-               "Without x-values: first differences y[i] - y[i-1] over the index, r[0] = r[1].",
+               "Without x-values: first differences y[i] - y[i-1] over the index, r[0] = r[1]. Fewer "
+               "than two points is out of range.",
       .example = "diff(XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]))"}},
     {"vector", {arg::Real}, 1, constructorHandler<Build::Vector>,
      {.signature = "vector(n)",

@@ -278,8 +278,9 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "one real value per run, in v's unit, without x-values",
       .notes = "start and end default to the ends of the data. Ends that fall between samples take their "
                "y by quadratic interpolation (order 2), then the stretch is integrated by trapezoids. A "
-               "start or end off the curve reports \"out of range\" and gives an empty result; start "
-               "after end, or equal to it, fails. v needs x-values.",
+               "start before the data or an end beyond it is cut to the data; a start beyond the data "
+               "reports \"out of range\" and gives an empty result; start after end, or equal to it, "
+               "fails. v needs x-values.",
       .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); Mean1(v); Mean1(v, 0.5, 3)"}},
     {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>,
      {.signature = "Minimum(v [, start [, end]])",
@@ -300,7 +301,7 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "one real value per run, in v's unit, without x-values",
       .notes = "√(∫v² dx / span): each piece is the exact integral of the square of the straight line "
                "between two points. Ends between samples are interpolated quadratically (order 2), as "
-               "for Mean1, with the same messages; a zero span gives 0.",
+               "for Mean1, with the same messages.",
       .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); RMS1(v); RMS1(v, 1, 3)"}},
     {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1,
      integralHandler<Integral::RootSumOfSquares>,
