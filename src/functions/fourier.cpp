@@ -394,7 +394,8 @@ constexpr FuncInfo kFunctions[] = {
                "fft does with its default Hann window: Δf = 1/(h·N), h = span/(N - 1). On evenly "
                "sampled data of N points it equals fft(data).",
       .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(SpectrumUniv(v, 8))"}},
-    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft,  // refuses complex data itself
+    // Complex data is accepted here so that fft can refuse it with its own message.
+    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft,
      {.signature = "fft(data [, window])",
       .summary = "The single-sided amplitude spectrum of real, evenly sampled data.",
       .returns = "N/2 complex values per run in data's unit, over the complex frequencies (k·Δf, 0), k < N/2, "
