@@ -172,15 +172,73 @@ FUNC_ERROR ev(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kConditionalFunctions[] = {
-    {"Field", {arg::Real, arg::Real, arg::Real}, 3, field},
-    {"FieldV", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 3, fieldV, kPointwise},
-    {"Floor", {arg::Real}, 1, floorScalar},
-    {"Iff", {arg::Real, arg::Any, arg::Any}, 3, iff},
-    {"IffV", {arg::Real, arg::Any, arg::Any}, 3, iffV, kPointwise},
-    {"MaxN", {arg::Real.upTo(32)}, 1, maxN},
-    {"MinN", {arg::Real.upTo(32)}, 1, minN},
-    {"ee", {arg::String, arg::String}, 1, ee},
-    {"ev", {arg::Curve.orKinds(VD_STRING).upTo(8)}, 1, ev},  // copies strings too
+    {"Field", {arg::Real, arg::Real, arg::Real}, 3, field,
+     {.signature = "Field(x, bit1, bit2)",
+      .summary = "The bits bit1 … bit2 of the whole number x, shifted down to bit 0.",
+      .returns = "one real value, a plain number, without x-value",
+      .notes = "Reads the first element of each argument. x is truncated toward zero and its low 32 "
+               "bits used (NaN and inf read as 0); the bit numbers may come in either order and "
+               "count from 0 at the least significant bit.",
+      .example = "Field(240, 4, 7); Field(240, 7, 4); Field(6, 1, 1)"}},
+    {"FieldV", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 3, fieldV, kPointwise,
+     {.signature = "FieldV(x, hi, lo)",
+      .summary = "Bits lo … hi of each element of x, element by element.",
+      .returns = "a real curve per run over x's x-values, plain numbers",
+      .notes = "Unlike Field, hi and lo are vectors taken element by element (a single value is "
+               "not repeated: the result is as long as the shortest argument), and hi < lo gives -1.",
+      .example = "FieldV([240, 15, 15], [7, 3, 0], [4, 0, 3])"}},
+    {"Floor", {arg::Real}, 1, floorScalar,
+     {.signature = "Floor(x)",
+      .summary = "The first element of x rounded down to a whole number.",
+      .returns = "one real value, a plain number, without x-value",
+      .notes = "Only the first element is used; floorv rounds every element.",
+      .example = "Floor(-2.5); Floor([7.9, 1])"}},
+    {"Iff", {arg::Real, arg::Any, arg::Any}, 3, iff,
+     {.signature = "Iff(cond, a, b)",
+      .summary = "The first element of a when cond is true, else the first element of b.",
+      .returns = "one element of a's kind and unit (b's when b is chosen), without x-value",
+      .notes = "Only cond's first element counts; anything but 0 is true, NaN included. a and b "
+               "must be of one kind (\"Arguments 2 and 3 must be of the same type\"). IffV selects "
+               "element by element.",
+      .example = "Iff(2 > 1, \"yes\", \"no\"); Iff(0, [1, 2], [8, 9])"}},
+    {"IffV", {arg::Real, arg::Any, arg::Any}, 3, iffV, kPointwise,
+     {.signature = "IffV(cond, a, b)",
+      .summary = "Element by element: a's element where cond is true, else b's.",
+      .returns = "a vector of a's kind, length, unit and x-values",
+      .notes = "Anything but 0 is true, NaN included. a and b must be of one kind and length, and "
+               "cond as long as them or a single value, which then picks a or b whole.",
+      .example = "IffV([1, 0, 1], [1, 2, 3], [10, 20, 30]); IffV(0, [1, 2], [8, 9])"}},
+    {"MaxN", {arg::Real.upTo(32)}, 1, maxN,
+     {.signature = "MaxN(a1 [, a2 … a32])",
+      .summary = "The largest of the arguments, element by element.",
+      .returns = "a real vector as long as the arguments, without x-values; their common unit, "
+                 "else unknown",
+      .notes = "The arguments must all have one length: otherwise the result is empty, without a "
+               "message (a single value is not repeated). NaN in a later argument never wins.",
+      .example = "MaxN([1, 5], [3, 2], [0, 9])"}},
+    {"MinN", {arg::Real.upTo(32)}, 1, minN,
+     {.signature = "MinN(a1 [, a2 … a32])",
+      .summary = "The smallest of the arguments, element by element.",
+      .returns = "a real vector as long as the arguments, without x-values; their common unit, "
+                 "else unknown",
+      .notes = "The arguments must all have one length: otherwise the result is empty, without a "
+               "message. NaN in a later argument never wins.",
+      .example = "MinN([1, 5], [3, 2], [0, 9])"}},
+    {"ee", {arg::String, arg::String}, 1, ee,
+     {.signature = "ee(text [, fallback])",
+      .summary = "Evaluates text as an expression and gives the result as text.",
+      .returns = "one string",
+      .notes = "The text is resolved as the template \"{text}\" (see ResolveTemplate): numbers in "
+               "their shortest exact form, several elements joined by \", \". When evaluation fails "
+               "the result is fallback if given, else the text in braces as written (\"{1 +}\").",
+      .example = "ee(\"1+2\"); ee(\"[1, 2] * 2\"); ee(\"nosuch(\", \"fallback\")"}},
+    {"ev", {arg::Curve.orKinds(VD_STRING).upTo(8)}, 1, ev,  // copies strings too
+     {.signature = "ev(a1 [, a2 … a8])",
+      .summary = "The last argument, as it is.",
+      .returns = "a copy of the last argument: kind, unit and x-values",
+      .notes = "All the arguments are evaluated, in order, so the others serve for what they do "
+               "(assignments, files written).",
+      .example = "ev(1, 2, \"three\")"}},
 };
 const FuncFamily conditionalFamily(kConditionalFunctions);
 

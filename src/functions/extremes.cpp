@@ -273,9 +273,34 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod},
-    {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>},
-    {"Minima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Minima>},
+    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod,
+     {.signature = "CyclePeriod(v [, level])",
+      .summary = "The period of each cycle of v: the time from one rising crossing of a level to the next.",
+      .returns = "a real curve per run in v's x unit, over the x-values of the crossings that start the "
+                 "cycles",
+      .notes = "The crossings are XFromY's (rising only, order InterpOrder). level defaults to midway "
+               "between the run's smallest and largest finite values (NaN or [] too). Fewer than two "
+               "rising crossings give an empty curve; v needs x-values.",
+      .example = "t = vector(41)/4; CyclePeriod(XY(sin(2.5132741228718345*t), t))"}},
+    {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>,
+     {.signature = "Maxima(v [, level [, options]])",
+      .summary = "Every local maximum of v, at the x-value where it occurs.",
+      .returns = "a real curve per run in v's units: the maxima over their x-values (point indices when v "
+                 "has none)",
+      .notes = "A maximum is a point, or a plateau of equal points (counted once, at its middle x), higher "
+               "than its neighbours on both sides; the end points count only with the option 'ends'. "
+               "level keeps only maxima strictly above it (NaN or [] keeps all). options: a string "
+               "vector of words, 'prominence', P keeps maxima standing at least P above their "
+               "surroundings; an unknown word is an error.",
+      .example = "v = XY([0, 2, 1, 3, 3, 1, 2.5, 0, 5], vector(9)); Maxima(v); Maxima(v, 2.6, ['ends'])"}},
+    {"Minima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Minima>,
+     {.signature = "Minima(v [, level [, options]])",
+      .summary = "Every local minimum of v, at the x-value where it occurs.",
+      .returns = "a real curve per run in v's units: the minima over their x-values (point indices when v "
+                 "has none)",
+      .notes = "Maxima mirrored: level keeps minima strictly below it; options 'prominence', P and 'ends' "
+               "as for Maxima.",
+      .example = "v = XY([0, 2, 1, 3, 3, 1, 2.5, 0, 5], vector(9)); Minima(v, [], ['prominence', '1.5', 'ends'])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -359,10 +359,48 @@ FUNC_ERROR spectrumUniv(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Fourier", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 3, fourier},
-    {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow},
-    {"SpectrumUniv", {arg::Real.each(), arg::Real}, 2, spectrumUniv},
-    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft},  // refuses complex data itself
+    {"Fourier", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 3, fourier,
+     {.signature = "Fourier(data, f0, n [, [mode, order]])",
+      .summary = "Harmonics 0 ... n-1 of the fundamental f0 over the last whole period of data.",
+      .returns = "n complex values per run in data's unit, over the complex frequencies (k·f0, 0) in 1/(x "
+                 "unit) (Hz over time)",
+      .notes = "c_k = (2/T)·∫y·e^(+2πi·k·f0·t) dt over [x_end - 1/f0, x_end], c_0 the mean: A·cos(2πk·f0·t + "
+               "φ) reads A·e^(-iφ), the phase referred to x = 0. Mode 0 (default) resamples the period at "
+               "a power of two >= max(InterpPts, 2n) points with order 1 or 2 (default 2); mode 1 "
+               "integrates the straight lines between the data's points exactly (for sharp edges). Data "
+               "shorter than a period, f0 <= 0 or n < 1 give an empty result, without a message.",
+      .example = "Fourier(XY([0, 1, 0], [0, 0.5, 1]), 1, 2, [1])"}},
+    {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow,
+     {.signature = "FourierWindow(data [, name [, period]])",
+      .summary = "data multiplied by an amplitude-corrected window over its own x-values.",
+      .returns = "a real curve per run over data's x-values, in data's unit",
+      .notes = "With u = (x - x0)/T, T = period or the data's x span. Names (any case): 'hanning' "
+               "(default) 1 - cos 2πu; 'blackman' the 0.42/0.5/0.08 window divided by 0.42; 'hamming' "
+               "1 - 0.852·cos(2π(x - y0)/T), its phase taken from the first y-value; 'rectangular' the "
+               "window itself (all ones), not the windowed data. Any other name gives NaN everywhere.",
+      .example = "FourierWindow(XY(unitvec(5), vector(5)))"}},
+    {"SpectrumUniv", {arg::Real.each(), arg::Real}, 2, spectrumUniv,
+     {.signature = "SpectrumUniv(data, points)",
+      .summary = "The spectrum of unevenly sampled data, resampled onto evenly spaced points.",
+      .returns = "N/2 complex values per run in data's unit, over the complex frequencies (k·Δf, 0) in 1/(x "
+                 "unit), as fft",
+      .notes = "data is resampled from its first x to its last at N points, points rounded up to a power "
+               "of two, with the interpolation order of the option InterpOrder (2), then transformed as "
+               "fft does with its default Hann window: Δf = 1/(h·N), h = span/(N - 1). On evenly "
+               "sampled data of N points it equals fft(data).",
+      .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(SpectrumUniv(v, 8))"}},
+    // Complex data is accepted here so that fft can refuse it with its own message.
+    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft,
+     {.signature = "fft(data [, window])",
+      .summary = "The single-sided amplitude spectrum of real, evenly sampled data.",
+      .returns = "N/2 complex values per run in data's unit, over the complex frequencies (k·Δf, 0), k < N/2, "
+                 "in 1/(x unit) (Hz over time)",
+      .notes = "data is zero-padded to N, the next power of two, and multiplied (padding included) by a "
+               "window: Hann scaled to a mean of 1 unless window is 'hamming' or 'none' (any case); an "
+               "unknown name means Hann. Scaled by 2/N so a component on a bin reads its amplitude, the "
+               "DC term the mean; no Nyquist bin. Δf = 1/(N·(x[1] - x[0])): the step comes from the "
+               "first interval alone. The sign convention is e^(+2πi·jk/N). Complex data is refused.",
+      .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(fft(v)); mag(fft(v, 'none'))"}},
 };
 
 const FuncFamily family(kFunctions);

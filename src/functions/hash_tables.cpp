@@ -155,12 +155,48 @@ FUNC_ERROR hashDelete(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kHashFunctions[] = {
-    {"HashAdd", {arg::Real, arg::String, arg::String}, 3, hashAdd},
-    {"HashCreate", {arg::String}, 0, hashCreate},
-    {"HashDelete", {arg::Real}, 1, hashDelete},
-    {"HashKeys", {arg::Real}, 1, hashKeys},
-    {"HashRemove", {arg::Real, arg::String}, 2, hashRemove},
-    {"HashSearch", {arg::Real, arg::String, arg::String}, 2, hashSearch},
+    {"HashAdd", {arg::Real, arg::String, arg::String}, 3, hashAdd,
+     {.signature = "HashAdd(table, keys, values)",
+      .summary = "Adds key/value pairs to a hash table made by HashCreate.",
+      .returns = "1 when pairs were added, 0 for an unknown table or no pairs",
+      .notes = "Pairs up to the shorter list are added; keys match ignoring case. An ordinary table keeps "
+               "one value per key (a later one replaces it), a 'multiple' table every pair.",
+      .example = "h = HashCreate(); HashAdd(h, ['R1', 'C1'], ['1k', '1u']); HashSearch(h, 'r1')"}},
+    {"HashCreate", {arg::String}, 0, hashCreate,
+     {.signature = "HashCreate([options])",
+      .summary = "Makes a string-to-string hash table and gives its handle.",
+      .returns = "one real: the new table's handle",
+      .notes = "The table lives outside any variable until HashDelete. Options (any case): 'multiple' "
+               "(or 'allowmultiple') keeps every value added under a key; 'temporary' deletes the table "
+               "at the end of the command line. Handles count from 1 and are never reused. A table has "
+               "a fixed 101 buckets.",
+      .example = "h = HashCreate(['multiple']); HashAdd(h, ['n', 'n'], ['a', 'b']); HashSearch(h, 'n')"}},
+    {"HashDelete", {arg::Real}, 1, hashDelete,
+     {.signature = "HashDelete(table)",
+      .summary = "Deletes a hash table.",
+      .returns = "1 when the table was deleted, 0 for an unknown handle",
+      .notes = "The handle then behaves as an unknown one.",
+      .example = "h = HashCreate(); HashDelete(h); HashDelete(h)"}},
+    {"HashKeys", {arg::Real}, 1, hashKeys,
+     {.signature = "HashKeys(table)",
+      .summary = "The keys of a hash table.",
+      .returns = "a string vector, in the table's bucket order; empty for an unknown handle",
+      .notes = "Keys come as they were added (case kept); a 'multiple' table lists a key once per pair.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b', 'a'], ['1', '2', '3']); Sort(HashKeys(h))"}},
+    {"HashRemove", {arg::Real, arg::String}, 2, hashRemove,
+     {.signature = "HashRemove(table, keys)",
+      .summary = "Removes every pair under the given keys from a hash table.",
+      .returns = "one real: how many pairs were removed (0 for an unknown handle)",
+      .notes = "Keys match ignoring case.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b'], ['1', '2']); HashRemove(h, ['A', 'z']); HashKeys(h)"}},
+    {"HashSearch", {arg::Real, arg::String, arg::String}, 2, hashSearch,
+     {.signature = "HashSearch(table, keys [, default])",
+      .summary = "The values of keys in a hash table.",
+      .returns = "a string vector",
+      .notes = "One key without a default: its value, or an empty vector when absent. Several keys, or a "
+               "default: one value per key, the default (or \"\") for a key not found. On a 'multiple' "
+               "table: every value of the first key, in the order added.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b'], ['1', '2']); HashSearch(h, ['b', 'x'], '?')"}},
 };
 const FuncFamily hashFamily(kHashFunctions);
 

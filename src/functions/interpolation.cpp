@@ -376,15 +376,82 @@ FUNC_ERROR coll(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Coll", {arg::Numeric.all()}, 1, coll},
-    {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp},
-    {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay},
-    {"Range", {arg::Curve.each().orKinds(VD_STRING), arg::Real, arg::Real}, 1, range},  // copies strings too
-    {"Ref", {arg::Numeric.each()}, 1, ref},
-    {"XFromY", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real}, 2, searchHandler<Search::XFromY>},
-    {"XY", {arg::Real.each(), arg::Real.each()}, 2, xy},
-    {"XYOrdered", {arg::Real.each(), arg::Real.each()}, 2, xyOrdered},
-    {"YFromX", {arg::Real.each(), arg::Real.each(), arg::Real}, 2, searchHandler<Search::YFromX>},
+    {"Coll", {arg::Numeric.all()}, 1, coll,
+     {.signature = "Coll(v)",
+      .summary = "The first point of each run of v, collected into one curve.",
+      .returns = "one curve of one value per run, real or complex as v, over the first x-value of each run "
+                 "(none when v has no x-values)",
+      .notes = "An empty run gives NaN. A vector of one run is returned as it is.",
+      .example = "m = makevec([2, 3]); NumDivisions(m); Coll(m)"}},
+    {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp,
+     {.signature = "Interp(data, points [, order [, options]])",
+      .summary = "data resampled onto evenly spaced x-values.",
+      .returns = "a real curve per run over the new x-values, in data's units",
+      .notes = "points = [count (or spacing), first x, last x]; first and last default to the data's own. "
+               "options = [include end, points[0] is a spacing, ...], flags that count when not 0. By "
+               "default the count points run from first in steps of (last - first)/count, so last itself "
+               "is not one of them; set the first option to end on it. order defaults to the option "
+               "InterpOrder (2: quadratic); 1 is linear. Fewer than 2 points is an error.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); Interp(v, [2, 0, 4], 1); Interp(v, [3, 0, 4], 1, [1])"}},
+    {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay,
+     {.signature = "PropagationDelay(signal1, signal2, level1, level2 [, edge])",
+      .summary = "Delays between edges of two signals, each edge found where its signal crosses its level.",
+      .returns = "a real curve of delays in signal1's x unit, over the x-values of the signal1 edges that "
+                 "were paired; empty when none pairs",
+      .notes = "Edges are linear crossings, rising when edge is absent or above 0, else falling. Each "
+               "signal is searched whole, all its runs as one curve. Pairing: with a cursor into "
+               "signal2's edges that never moves back, each signal1 edge a in turn skips the signal2 edges "
+               "at or after a and pairs with the next one left, giving its (negative) delay; so signal2 "
+               "must lead. A sixth argument is accepted and ignored.",
+      .example = "clk = XY([0, 1, 0, 1, 0, 1, 0], vector(7)); early = XY(clk, vector(7) - 0.25); "
+                 "PropagationDelay(clk, early, 0.5, 0.5)"}},
+    {"Range", {arg::Curve.each().orKinds(VD_STRING), arg::Real, arg::Real}, 1, range,
+     {.signature = "Range(v [, first [, last]])",
+      .summary = "The elements of v from index first to index last, both included.",
+      .returns = "a vector per run, real, complex or string as v, with the same stretch of its x-values and "
+                 "its units",
+      .notes = "Indices count from 0; first defaults to 0, last to the last element. A last before first, "
+               "or an index outside v, fails with \"Invalid range in 'Range()' function\".",
+      .example = "Range(XY([10, 11, 12, 13], [0, 1, 2, 3]), 1, 2)"}},
+    {"Ref", {arg::Numeric.each()}, 1, ref,
+     {.signature = "Ref(v)",
+      .summary = "The x-values of v as a vector.",
+      .returns = "a vector per run, real or complex as the x-values, in v's x unit, without x-values",
+      .notes = "v without x-values gives an empty result.",
+      .example = "Ref(XY([5, 6, 7], [0.1, 0.2, 0.4]))"}},
+    {"XFromY", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real}, 2, searchHandler<Search::XFromY>,
+     {.signature = "XFromY(data, level [, order [, direction]])",
+      .summary = "The x-values where data crosses a level.",
+      .returns = "real values per run in data's x unit, one per crossing in the order of the curve, without "
+                 "x-values; no crossing gives an empty result",
+      .notes = "Between points the crossing is found on the interpolating polynomial of order order, "
+               "default the option InterpOrder (2, quadratic; 0 or less also means it); order 1 is "
+               "straight-line interpolation. direction > 0 keeps rising crossings, < 0 falling ones, 0 "
+               "(default) all. A point exactly on the level counts once; a NaN breaks the curve.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); XFromY(v, 6); XFromY(v, 6, 1)"}},
+    {"XY", {arg::Real.each(), arg::Real.each()}, 2, xy,
+     {.signature = "XY(y, x)",
+      .summary = "The curve of y's values over x's values.",
+      .returns = "a real curve per run with y's length and unit; x unit and name from x",
+      .notes = "Where x is shorter than y the missing x-values are NaN; where longer, its extra values are "
+               "dropped. x is not sorted (see XYOrdered).",
+      .example = "XY([1, 4, 9], [1, 2, 3])"}},
+    {"XYOrdered", {arg::Real.each(), arg::Real.each()}, 2, xyOrdered,
+     {.signature = "XYOrdered(y, x)",
+      .summary = "The curve of y over x with the pairs sorted by ascending x.",
+      .returns = "a real curve per run, units as XY",
+      .notes = "The sort is stable (equal x keep their order) and puts NaN x last. y and x of different "
+               "lengths give an empty result, without a message.",
+      .example = "XYOrdered([30, 10, 20], [3, 1, 2])"}},
+    {"YFromX", {arg::Real.each(), arg::Real.each(), arg::Real}, 2, searchHandler<Search::YFromX>,
+     {.signature = "YFromX(data, x [, order])",
+      .summary = "The y-values of data at an x-value.",
+      .returns = "real values per run in data's unit, one for each place the x-values reach x (one for "
+                 "monotonic x), without x-values; x outside the data gives an empty result",
+      .notes = "The value comes from the interpolating polynomial of order order, default the option "
+               "InterpOrder (2, quadratic; 0 or less also means it); order 1 is straight-line "
+               "interpolation. No extrapolation.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); YFromX(v, 2.5); YFromX(v, 2.5, 1)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -83,9 +83,37 @@ FUNC_ERROR buildParameter(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"ParseParameterString", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3, parseParameterString<ParameterReading::Tokens>},
-    {"ParseParameterString2", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3, parseParameterString<ParameterReading::Entries>},
-    {"BuildParameterString", {arg::String, arg::String, arg::String}, 2, buildParameter},
+    {"ParseParameterString", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3,
+     parseParameterString<ParameterReading::Tokens>,
+     {.signature = "ParseParameterString(text, names, mode [, values [, options]])",
+      .summary = "Reads, deletes or writes name=value entries of a parameter string like 'a b c=1 d=2'.",
+      .returns = "strings: for 'read' one value per name (\"\" when absent); for 'delete' and 'write' the "
+                 "rebuilt string",
+      .notes = "mode[0] is 'read', 'delete' or 'write' (any case); mode[1] the number of leading "
+               "unlabelled values. The name '$unlabelled$k' reads the k-th of them. Every token is "
+               "searched for a name, values included, and a last name without a value is dropped when "
+               "the string is rebuilt. options[0] 'allowquoted' turns quoting on; options[1..3] replace "
+               "the delimiters \" \\t=,\" and the quote characters. An unknown mode gives an empty result.",
+      .example = "ParseParameterString('R1 a b r=1k tc=0', ['tc', 'r'], ['read', '3']); "
+                 "ParseParameterString('R1 a b r=1k tc=0', ['r'], ['write', '3'], ['2k'])"}},
+    {"ParseParameterString2", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3,
+     parseParameterString<ParameterReading::Entries>,
+     {.signature = "ParseParameterString2(text, names, mode [, values [, options]])",
+      .summary = "ParseParameterString reading the text as an ordered list of name=value entries.",
+      .returns = "as ParseParameterString",
+      .notes = "Names are looked up among the entries' names only (never their values); a last name "
+               "without a value stays as an entry with an empty value; 'write' sets every entry of the "
+               "name; any name '$unlabelled$N' reads the N-th unlabelled value ('$unlabelled$02' is the "
+               "second).",
+      .example = "ParseParameterString2('x y w=2 l=1', ['$unlabelled$02', 'l'], ['read', '2'])"}},
+    {"BuildParameterString", {arg::String, arg::String, arg::String}, 2, buildParameter,
+     {.signature = "BuildParameterString(names, values [, quoteIf])",
+      .summary = "A parameter string of name=value items from two lists.",
+      .returns = "one string",
+      .notes = "Items are joined by one blank, for the pairs up to the shorter list; a pair with an "
+               "empty value is skipped; a value holding a character of quoteIf (default blank and tab) "
+               "is put in double quotes.",
+      .example = "BuildParameterString(['w', 'l', 'm'], ['1u', '', 'a b'])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -240,15 +240,74 @@ FUNC_ERROR allEqualHandler(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Locate", {arg::Real, arg::Real}, 2, locateHandler},
-    {"Maximum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Maximum>},
-    {"Mean1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::Mean1>},
-    {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>},
-    {"Ones", {arg::Real}, 1, allEqualHandler<AllEqual::Ones>},
-    {"RMS1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RMS1>},
-    {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
-    {"SumNoise", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
-    {"Zeros", {arg::Real}, 1, allEqualHandler<AllEqual::Zeros>},
+    {"Locate", {arg::Real, arg::Real}, 2, locateHandler,
+     {.signature = "Locate(v, value)",
+      .summary = "The index of the interval of a monotonic vector that holds a value, by bisection.",
+      .returns = "one real index i with v[i] <= value < v[i+1] (mirrored for a falling v), no x-values",
+      .notes = "v is taken as rising when v[0] < its last value, else falling. A value before the first "
+               "element gives -1, one at or beyond the last gives length - 1; a vector of one value "
+               "gives 0, an empty one an empty result. v is not checked for order.",
+      .example = "Locate([1, 2, 4, 8, 16], 5); Locate([1, 2, 4, 8, 16], 0.5)"}},
+    {"Maximum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Maximum>,
+     {.signature = "Maximum(v [, start [, end]])",
+      .summary = "The largest value of v between two x-values, at its x-value.",
+      .returns = "one value per run, in v's unit, over the one x-value where it occurs",
+      .notes = "Only points with start <= x <= end count (start and end default to the ends of the data; "
+               "no interpolation). The first of equal maxima wins; NaN never does. Complex values "
+               "compare and are reported by magnitude. No point in the stretch gives an empty result.",
+      .example = "Maximum(XY([0, 3, 1, 5, 2], [0, 1, 2, 3, 4])); Maximum(XY([0, 3, 1, 5, 2], [0, 1, 2, 3, 4]), 0, 2)"}},
+    {"Mean1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::Mean1>,
+     {.signature = "Mean1(v [, start [, end]])",
+      .summary = "The mean of v over x between two x-values: the trapezoid integral over the span.",
+      .returns = "one real value per run, in v's unit, without x-values",
+      .notes = "start and end default to the ends of the data. Ends that fall between samples take their "
+               "y by quadratic interpolation (order 2), then the stretch is integrated by trapezoids. A "
+               "start before the data or an end beyond it is cut to the data; a start beyond the data "
+               "reports \"out of range\" and gives an empty result; start after end, or equal to it, "
+               "fails. v needs x-values.",
+      .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); Mean1(v); Mean1(v, 0.5, 3)"}},
+    {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>,
+     {.signature = "Minimum(v [, start [, end]])",
+      .summary = "The smallest value of v between two x-values, at its x-value.",
+      .returns = "one value per run, in v's unit, over the one x-value where it occurs",
+      .notes = "As Maximum, mirrored: the first of equal minima wins, NaN never does, complex values "
+               "compare by magnitude, no interpolation at the ends.",
+      .example = "Minimum(XY([4, 3, 1, 5, 1], [0, 1, 2, 3, 4]))"}},
+    {"Ones", {arg::Real}, 1, allEqualHandler<AllEqual::Ones>,
+     {.signature = "Ones(v)",
+      .summary = "1 when every element of v is 1, else 0.",
+      .returns = "one real value, 1 or 0",
+      .notes = "All runs are tested together; an empty vector gives 1.",
+      .example = "Ones(unitvec(3)); Ones([1, 1, 0])"}},
+    {"RMS1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RMS1>,
+     {.signature = "RMS1(v [, start [, end]])",
+      .summary = "The RMS of v over x between two x-values.",
+      .returns = "one real value per run, in v's unit, without x-values",
+      .notes = "√(∫v² dx / span): each piece is the exact integral of the square of the straight line "
+               "between two points. Ends between samples are interpolated quadratically (order 2), as "
+               "for Mean1, with the same messages.",
+      .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); RMS1(v); RMS1(v, 1, 3)"}},
+    {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1,
+     integralHandler<Integral::RootSumOfSquares>,
+     {.signature = "RootSumOfSquares(v [, start [, end]])",
+      .summary = "The root of the integral of v² over x between two x-values.",
+      .returns = "one real value per run without x-values, in √(v's unit² × x unit) (V²/Hz over Hz: V)",
+      .notes = "√(∫v² dx), the pieces and the end interpolation of RMS1, not divided by the span: the "
+               "total noise of a noise density. Same as SumNoise.",
+      .example = "RootSumOfSquares(XY([1, 1, 1], [0, 2, 4]))"}},
+    {"SumNoise", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1,
+     integralHandler<Integral::RootSumOfSquares>,
+     {.signature = "SumNoise(v [, start [, end]])",
+      .summary = "Same as RootSumOfSquares: the root of the integral of v² over x.",
+      .returns = "one real value per run without x-values, in √(v's unit² × x unit)",
+      .notes = "Used on a noise density over frequency it gives the total noise in the band.",
+      .example = "SumNoise(XY([2, 2, 2], [0, 50, 100]), 0, 25)"}},
+    {"Zeros", {arg::Real}, 1, allEqualHandler<AllEqual::Zeros>,
+     {.signature = "Zeros(v)",
+      .summary = "1 when every element of v is 0, else 0.",
+      .returns = "one real value, 1 or 0",
+      .notes = "All runs are tested together; an empty vector gives 1.",
+      .example = "Zeros(makevec(3)); Zeros([0, 2])"}},
 };
 
 const FuncFamily family(kFunctions);

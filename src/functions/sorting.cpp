@@ -315,11 +315,43 @@ FUNC_ERROR mapArray(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Sort", {arg::String, arg::String}, 1, sort},
-    {"SortIdx", {arg::Any, arg::String}, 1, sortIdx<true>},
-    {"SortIdx2", {arg::Any, arg::String}, 1, sortIdx<false>},
-    {"Search", {arg::String, arg::String, arg::String}, 2, search},
-    {"MapArray", {arg::Any, arg::Real}, 2, mapArray},
+    {"Sort", {arg::String, arg::String}, 1, sort,
+     {.signature = "Sort(strings [, 'unique'])",
+      .summary = "The strings in ascending order, ignoring the case of ASCII letters.",
+      .returns = "a string vector",
+      .notes = "Byte by byte after lower-casing, a string before its extensions; the sort is stable. With "
+               "'unique' (any case) only the first of strings equal but for case is kept. There is no "
+               "descending order; other option words are ignored.",
+      .example = "Sort(['b', 'A', 'a', 'ab']); Sort(['b', 'A', 'a', 'ab'], 'unique')"}},
+    {"SortIdx", {arg::Any, arg::String}, 1, sortIdx<true>,
+     {.signature = "SortIdx(v [, 'reverse'])",
+      .summary = "The 0-based positions that put v in order: numbers largest first, strings ascending.",
+      .returns = "real positions, as many as v has elements",
+      .notes = "Numbers go largest first by default and smallest first with 'reverse' (the opposite of "
+               "SortIdx2); strings ascend ignoring case, and descend with 'reverse'. Complex values "
+               "compare by magnitude; NaN comes last either way; ties keep their input order.",
+      .example = "SortIdx([3, 1, 2]); SortIdx([3, 1, 2], 'reverse')"}},
+    {"SortIdx2", {arg::Any, arg::String}, 1, sortIdx<false>,
+     {.signature = "SortIdx2(v [, 'reverse'])",
+      .summary = "The 0-based positions that put v in ascending order.",
+      .returns = "real positions, as many as v has elements",
+      .notes = "Numbers and strings ascend by default and descend with 'reverse'. As SortIdx otherwise.",
+      .example = "SortIdx2([3, 1, 2]); SortIdx2(['b', 'C', 'a'])"}},
+    {"Search", {arg::String, arg::String, arg::String}, 2, search,
+     {.signature = "Search(haystack, sought [, options])",
+      .summary = "The position of each sought string in a string vector, ignoring case.",
+      .returns = "real values: for one sought string its first position or -1; for several the first "
+                 "position of each, or -1",
+      .notes = "options (any case): 'count' gives instead how many of the sought strings were found; "
+               "'path' compares strings as file names.",
+      .example = "Search(['R1', 'C1', 'L1'], ['c1', 'Q1']); Search(['R1', 'C1', 'L1'], ['c1', 'Q1'], 'count')"}},
+    {"MapArray", {arg::Any, arg::Real}, 2, mapArray,
+     {.signature = "MapArray(values, positions)",
+      .summary = "A vector with each value written at its position.",
+      .returns = "a vector as long as the largest position plus one, real or string as values",
+      .notes = "Positions are truncated; a negative or NaN one writes nothing, and a later value replaces "
+               "an earlier one. Elements not written are -1 (numbers) or \"\" (strings).",
+      .example = "MapArray([10, 20, 30], [2, 0, 4])"}},
 };
 
 const FuncFamily family(kFunctions);

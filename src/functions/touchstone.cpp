@@ -138,11 +138,44 @@ FUNC_ERROR deleteTouchstone(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"DeleteTouchstone", {arg::Real}, 1, deleteTouchstone},
-    {"GetTouchstoneErrors", {arg::Real}, 1, getTouchstoneErrors},
-    {"LoadTouchstone", {arg::String, arg::Real}, 2, loadTouchstone},
-    {"ParseTouchstone", {arg::String, arg::Real, arg::Real}, 3, parseTouchstone},
-    {"ReadTouchstone", {arg::Real, arg::Real, arg::Real}, 3, readTouchstone},
+    {"DeleteTouchstone", {arg::Real}, 1, deleteTouchstone,
+     {.signature = "DeleteTouchstone(handle)",
+      .summary = "Forgets a Touchstone file loaded by LoadTouchstone.",
+      .returns = "one real: the number of tables removed",
+      .notes = "A handle below 1 removes every loaded table. Loaded tables stay until deleted.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); DeleteTouchstone(h[0]); DeleteTouchstone(h[0])"}},
+    {"GetTouchstoneErrors", {arg::Real}, 1, getTouchstoneErrors,
+     {.signature = "GetTouchstoneErrors(handle)",
+      .summary = "The problems found in a Touchstone file loaded by LoadTouchstone.",
+      .returns = "a string vector, one message per problem in file order (\"Line N: ...\", at most 100); "
+                 "empty for a good file or an unknown handle",
+      .notes = "A file that failed to build is kept under its handle so that its messages can be read.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); GetTouchstoneErrors(h[0])"}},
+    {"LoadTouchstone", {arg::String, arg::Real}, 2, loadTouchstone,
+     {.signature = "LoadTouchstone(file, ports)",
+      .summary = "Reads a Touchstone network-parameter file of ports ports and keeps it under a handle.",
+      .returns = "two reals: [handle, 1 when the table was built else 0]",
+      .notes = "Versions 1.x and 2.0; frequencies are converted to Hz. Read the parameters with "
+               "ReadTouchstone, the problems with GetTouchstoneErrors; free it with DeleteTouchstone. "
+               "Handles count from 1 and are never reused.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); h[1]"}},
+    {"ParseTouchstone", {arg::String, arg::Real, arg::Real}, 3, parseTouchstone,
+     {.signature = "ParseTouchstone(file, ports, index)",
+      .summary = "One parameter of a Touchstone file, read in one call without keeping the file.",
+      .returns = "3·P reals for P frequency points: triples (frequency in Hz, real part, imaginary part), "
+                 "without unit or x-values",
+      .notes = "index is the flat row-major position n·row + column in the n×n matrix (S21 of a 2-port "
+               "is 2). A file that does not build, or an index outside the matrix, gives an empty "
+               "result; use LoadTouchstone to see why.",
+      .example = "length(ParseTouchstone('missing.s2p', 2, 2))"}},
+    {"ReadTouchstone", {arg::Real, arg::Real, arg::Real}, 3, readTouchstone,
+     {.signature = "ReadTouchstone(handle, row, column)",
+      .summary = "One parameter of a Touchstone file loaded by LoadTouchstone.",
+      .returns = "3·P reals for P frequency points: triples (frequency in Hz, real part, imaginary part), "
+                 "without unit or x-values",
+      .notes = "Row and column count from 0 and only their flat index n·row + column is checked "
+               "against the n×n matrix. An unknown handle or an index outside gives an empty result.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); length(ReadTouchstone(h[0], 1, 0))"}},
 };
 
 const FuncFamily family(kFunctions);

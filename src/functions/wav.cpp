@@ -170,10 +170,44 @@ FUNC_ERROR wavCloseFile(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"WAV_CloseFile", {arg::Real}, 1, wavCloseFile},
-    {"WAV_OpenFile", {arg::String, arg::Real}, 1, wavOpenFile},
-    {"WAV_ReadData", {arg::Real, arg::Real}, 2, wavReadData},
-    {"WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile},
+    {"WAV_CloseFile", {arg::Real}, 1, wavCloseFile,
+     {.signature = "WAV_CloseFile(handle)",
+      .summary = "Forgets a WAV file opened by WAV_OpenFile.",
+      .returns = "one real: 1 when it was open, else 0",
+      .notes = "Open files are kept, samples in memory, until closed.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5]); h = WAV_OpenFile('a.wav'); "
+                 "WAV_CloseFile(h[0]); WAV_CloseFile(h[0])"}},
+    {"WAV_OpenFile", {arg::String, arg::Real}, 1, wavOpenFile,
+     {.signature = "WAV_OpenFile(file [, option])",
+      .summary = "Loads a WAV file and gives a handle to read it with WAV_ReadData.",
+      .returns = "two reals: [handle, status]; the handle is -1 unless the status is 0",
+      .notes = "8-bit unsigned, 16/24/32-bit PCM and 32/64-bit float, mono or stereo. option 0 (default) "
+               "reads the whole frames of a file cut short, 1 refuses it (status 8). Statuses: 0 "
+               "success, 7 no RIFF/WAVE header, 8 samples not read, 10 file not opened, 11 neither PCM "
+               "nor float, 12 not 1 or 2 channels, 13 bad sample rate, 14 bad block align, 2 "
+               "unsupported bits per sample.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5]); h = WAV_OpenFile('a.wav'); h[1]; "
+                 "h = WAV_OpenFile('missing.wav'); h"}},
+    {"WAV_ReadData", {arg::Real, arg::Real}, 2, wavReadData,
+     {.signature = "WAV_ReadData(handle, [channel, scale])",
+      .summary = "One channel of a WAV file opened by WAV_OpenFile, as a curve over time.",
+      .returns = "a real curve in V over time in s from 0, one point per frame at 1/rate",
+      .notes = "channel is 0 (left) or 1 (right; a mono file's one channel is both); full scale reads as "
+               "±scale (default 1). An unknown handle, a missing channel or another one gives an empty "
+               "result.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 4], [0, 1, -1]); h = WAV_OpenFile('a.wav'); "
+                 "WAV_ReadData(h[0], [0, 2])"}},
+    {"WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile,
+     {.signature = "WAV_WriteFile(file, [bits, scale, rate], left [, right])",
+      .summary = "Writes one or two channels of samples to a PCM WAV file.",
+      .returns = "one real: the status, 0 on success",
+      .notes = "bits 8, 16, 24 or 32 (else status 2); value/scale (scale default 1) is the fraction of "
+               "full scale, clipped beyond it and rounded half to even; rate defaults to 44100. With "
+               "right, two channels of the shorter length (right empty: a silent second channel). "
+               "Statuses: 3 header not written, 4 file not created, 5 samples not written, 6 too much "
+               "data, 13 a rate below 1.",
+      .example = "WAV_WriteFile('a.wav', [24, 1, 8000], [0, 3, -0.25], [0, -1, -9]); "
+                 "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [0]); WAV_ReadData(h[0], [1])"}},
 };
 
 const FuncFamily family(kFunctions);
