@@ -17,16 +17,29 @@ using lang::Node;
 
 namespace {
 
-// The interpreter the late-bound entry points answer for: the newest one alive.
-Interpreter* gCurrent = nullptr;
+// The interpreter running the current call on this thread: set for the duration of each
+// evaluation and restored after it, so nested evaluations (a template's expression) and
+// interpreters on other threads each see their own.
+thread_local Interpreter* tRunning = nullptr;
+
+class Running {
+public:
+    explicit Running(Interpreter* interpreter) : saved_(tRunning) { tRunning = interpreter; }
+    ~Running() { tRunning = saved_; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+private:
+    Interpreter* saved_;
+};
 
 YRef<MessageHandler> currentMessageHandler() {
-    if (!gCurrent) throw DynFuncException("dyn_GetDefaultMessageHandler");
-    return gCurrent->messages();
+    if (!tRunning) throw DynFuncException("dyn_GetDefaultMessageHandler");
+    return tRunning->messages();
 }
 ScpInterface* currentInterpreter() {
-    if (!gCurrent) throw DynFuncException("dyn_GetScpInterface");
-    return gCurrent;
+    if (!tRunning) throw DynFuncException("dyn_GetScpInterface");
+    return tRunning;
 }
 const char* identifyBinary() { return "wavex 0.1.0"; }
 
@@ -40,8 +53,6 @@ std::optional<double> namedConstant(std::string_view name) {
 }  // namespace
 
 struct Interpreter::Impl {
-    Interpreter* self;
-    Interpreter* previous;
     std::unordered_map<std::string, VectorPtr, CaseInsensitiveHash, CaseInsensitiveEqual> workspace;
     bool finished = false;
     ScpParseContext context;
@@ -69,24 +80,24 @@ struct Interpreter::Impl {
 };
 
 Interpreter::Interpreter(YRef<MessageHandler> messages) : impl_(std::make_unique<Impl>()), messages_(std::move(messages)) {
-    impl_->self = this;
-    impl_->previous = gCurrent;
     impl_->context.interpreter = this;
-    gCurrent = this;
-    dyn_ProvideEntryPoint("dyn_GetDefaultMessageHandler", &currentMessageHandler);
-    dyn_ProvideEntryPoint("dyn_GetScpInterface", &currentInterpreter);
-    dyn_ProvideEntryPoint("dyn_IdentifyBinary", &identifyBinary);
+    // The entry points answer for whichever interpreter is running: bound once for all of them.
+    static const bool bound = [] {
+        dyn_ProvideEntryPoint("dyn_GetDefaultMessageHandler", &currentMessageHandler);
+        dyn_ProvideEntryPoint("dyn_GetScpInterface", &currentInterpreter);
+        dyn_ProvideEntryPoint("dyn_IdentifyBinary", &identifyBinary);
+        return true;
+    }();
+    (void)bound;
 }
 
-Interpreter::~Interpreter() {
-    finish();
-    gCurrent = impl_->previous;
-}
+Interpreter::~Interpreter() { finish(); }
 
 void Interpreter::finish() {
     if (impl_->finished) return;
     impl_->finished = true;
     raiseEvent("ExitCli");
+    Running running(this);
     raiseEvent("Exit");
 }
 
@@ -112,6 +123,7 @@ VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateEx
 
 VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) {
     std::string error;
+    Running running(this);
     auto statements = lang::parseLine(text, &error);
     if (!statements) {
         messages->error("%s", error);
@@ -126,6 +138,7 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {
     std::string error;
+    Running running(this);
     auto statements = lang::parseLine(line, &error);
     bool ok = statements.has_value();
     if (!ok) messages_->error("%s", error);
