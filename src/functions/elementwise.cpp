@@ -685,16 +685,12 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
         result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);
         return FUNC_OK;
     }
-    const double* x = args.refData(0);
-    const Complex* cx = args.complexRefData(0);
-    if (!x && !cx) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    std::vector<double> scratch;
+    const double* f = args.neededRefData(0, scratch, *info, *messages);
+    if (!f) return FUNC_FAILED;
 
-    std::vector<double> phi(static_cast<size_t>(n)), f(static_cast<size_t>(n));
+    std::vector<double> phi(static_cast<size_t>(n));
     unwrappedPhase<Scale::One>(phi.data(), h, n);
-    for (int64_t i = 0; i < n; ++i) f[i] = x ? x[i] : cx[i].real();
 
     bool steep = f[1] == f[0] || f[n - 1] == f[n - 2];
     if (!steep) tau[0] = -(phi[1] - phi[0]) / (f[1] - f[0]) / kTwoPi;

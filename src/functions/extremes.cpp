@@ -244,11 +244,8 @@ double midway(const double* y, int64_t n) {
 FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
     double level = args.count() > 1 ? args.scalar(1) : kNaN;
     if (std::isnan(level)) level = midway(y, n);

@@ -20,14 +20,6 @@
 namespace wavex {
 namespace {
 
-// Argument i as a whole number (truncated, kept within ±1e9), or nullopt when absent or NaN.
-std::optional<int> wholeArgument(const FuncArgs& args, int i) {
-    if (args.count() <= i) return std::nullopt;
-    double v = args.scalar(i);
-    if (std::isnan(v)) return std::nullopt;
-    return static_cast<int>(std::trunc(std::clamp(v, -1e9, 1e9)));
-}
-
 int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 
 // ---- Interp ----------------------------------------------------------------------------------
@@ -49,9 +41,9 @@ int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 // of the machine's memory.
 
 int interpOrder(const FuncArgs& args) {
-    int order = wholeArgument(args, 2).value_or(defaultOrder());
+    int64_t order = args.integer(2).value_or(defaultOrder());
     if (order == -1) return args.physType(0) == units::Digital ? 1 : 2;
-    return std::max(order, 1);
+    return static_cast<int>(std::clamp<int64_t>(order, 1, kMaxInterpOrder));
 }
 
 FUNC_ERROR interp(WAVEX_HANDLER_PARAMS) {
@@ -150,18 +142,16 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     const SearchOp& o = kSearches[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
-    int order = wholeArgument(args, 2).value_or(0);
+    int64_t order = args.integer(2).value_or(0);
     InterpOpts opts{};
     opts.levelSearch = o.levelSearch;
-    opts.order = order > 0 ? order : defaultOrder() > 0 ? defaultOrder() : 2;
+    opts.order = order > 0 ? static_cast<int>(std::min<int64_t>(order, kMaxInterpOrder))
+                 : defaultOrder() > 0 ? defaultOrder() : 2;
     if (o.levelSearch) {
-        int direction = wholeArgument(args, 3).value_or(0);
+        int64_t direction = args.integer(3).value_or(0);
         opts.direction = (direction > 0) - (direction < 0);
     }
 
@@ -199,12 +189,9 @@ FUNC_ERROR searchHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch1, scratch2;
-    const double* x1 = args.realRefData(0, scratch1);
-    const double* x2 = args.realRefData(1, scratch2);
-    if (!x1 || !x2) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x1 = args.neededRefData(0, scratch1, *info, *messages);
+    const double* x2 = x1 ? args.neededRefData(1, scratch2, *info, *messages) : nullptr;
+    if (!x2) return FUNC_FAILED;
     InterpOpts opts{};
     opts.levelSearch = 1;
     opts.order = 1;

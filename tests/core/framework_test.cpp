@@ -339,6 +339,25 @@ TEST(FuncArgs, ViewsOfDivisions) {
 }
 
 // Late-bound entry points: slots of two registrations resolve together; unresolved ones throw.
+// The helpers every family reads its arguments with: presence, integers, needed x-values.
+TEST(FuncArgs, OptionalArgumentsIntegersAndXValues) {
+    VectorPtr list[] = {makeRealVector({2.9}), makeRealVector({}), makeRealVector({NAN}), threeRuns()};
+    FuncArgs args(list);
+    EXPECT_TRUE(args.has(3));
+    EXPECT_FALSE(args.has(4));
+    EXPECT_EQ(args.string(4), "");  // an absent argument reads as no text
+    EXPECT_EQ(args.integer(0), 2);
+    for (int i : {1, 2, 4}) EXPECT_EQ(args.integer(i), std::nullopt) << i;  // empty, NaN, absent
+
+    CollectingMessageHandler sink;
+    std::vector<double> scratch;
+    const FuncInfo& info = *functionTable().find("Truncate");
+    EXPECT_EQ(args.neededRefData(3, scratch, info, sink), args.refData(3));
+    EXPECT_EQ(sink.messages().size(), 0u);
+    EXPECT_EQ(args.neededRefData(0, scratch, info, sink), nullptr);
+    EXPECT_EQ(sink.messages(), (std::vector<std::string>{"Argument 1 in function 'Truncate' has no reference (xvalues)"}));
+}
+
 int (*slotA)(int) = [](int) -> int { throw DynFuncException("dyn_TestEntry"); };
 int (*slotB)(int) = [](int) -> int { throw DynFuncException("dyn_TestEntry"); };
 const RegisterDynFuncCall registerA(&slotA, "dyn_TestEntry", false, true, __FILE__, __LINE__);
