@@ -258,7 +258,7 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     YList<long long> indices;
     if (!std::isnan(level)) support_FindYFromX(crossings, indices, x, y, n, level, opts);
 
-    const double* t = crossings.reversed();  // in the order of the curve
+    const double* t = crossings.oldestFirst();  // in the order of the curve
     const auto periods = static_cast<int64_t>(crossings.size() > 1 ? crossings.size() - 1 : 0);
     result->setPhysType(args.refPhysType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_REAL);

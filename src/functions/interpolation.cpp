@@ -164,7 +164,7 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     else result->setPhysType(args.physType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_NONE);
     double* out = result->makeReal(static_cast<int64_t>(values.size()), RESULT_RESHAPED, -1);
-    std::copy(values.reversed(), values.reversed() + values.size(), out);  // the head goes last
+    std::copy(values.oldestFirst(), values.oldestFirst() + values.size(), out);  // the head goes last
     return FUNC_OK;
 }
 
@@ -200,7 +200,7 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     YList<double> listB, listA;
     YList<long long> indices;
     support_FindYFromX(listB, indices, x2, args.data(1), args.length(1), args.scalar(3), opts);
-    const double* B = listB.reversed();  // filled from the end: the head in the last slot
+    const double* B = listB.oldestFirst();  // filled from the end: the head in the last slot
     const size_t nB = listB.size();
     support_FindYFromX(listA, indices, x1, args.data(0), args.length(0), args.scalar(2), opts);
     listA.reverse();  // walked from the head, A now runs as B is laid out

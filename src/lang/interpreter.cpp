@@ -5,6 +5,7 @@
 #include "wavex/dynexport.hpp"
 #include "wavex/events.hpp"
 #include "wavex/options.hpp"
+#include "wavex/version.hpp"
 
 #include <cmath>
 #include <limits>
@@ -41,7 +42,7 @@ ScpInterface* currentInterpreter() {
     if (!tRunning) throw DynFuncException("dyn_GetScpInterface");
     return tRunning;
 }
-const char* identifyBinary() { return "wavex 0.1.0"; }
+const char* identifyBinary() { return kVersionText; }
 
 std::optional<double> namedConstant(std::string_view name) {
     if (iequals(name, "pi")) return std::numbers::pi;
@@ -96,8 +97,8 @@ Interpreter::~Interpreter() { finish(); }
 void Interpreter::finish() {
     if (impl_->finished) return;
     impl_->finished = true;
-    raiseEvent("ExitCli");
     Running running(this);
+    raiseEvent("ExitCli");
     raiseEvent("Exit");
 }
 
@@ -122,8 +123,8 @@ std::string Interpreter::setOption(std::string_view name, std::string_view value
 VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateExpression(expression, messages_); }
 
 VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) {
-    std::string error;
     Running running(this);
+    std::string error;
     auto statements = lang::parseLine(text, &error);
     if (!statements) {
         messages->error("%s", error);
@@ -137,8 +138,8 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
 }
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {
-    std::string error;
     Running running(this);
+    std::string error;
     auto statements = lang::parseLine(line, &error);
     bool ok = statements.has_value();
     if (!ok) messages_->error("%s", error);

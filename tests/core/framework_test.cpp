@@ -2,6 +2,7 @@
 // calls and the assembly of their results.
 #include "test_util.hpp"
 #include "wavex/dynexport.hpp"
+#include "wavex/version.hpp"
 
 #include <gtest/gtest.h>
 
@@ -338,7 +339,6 @@ TEST(FuncArgs, ViewsOfDivisions) {
     EXPECT_EQ(s.refPhysType(0), units::NoRef);
 }
 
-// Late-bound entry points: slots of two registrations resolve together; unresolved ones throw.
 // The helpers every family reads its arguments with: presence, integers, needed x-values.
 TEST(FuncArgs, OptionalArgumentsIntegersAndXValues) {
     VectorPtr list[] = {makeRealVector({2.9}), makeRealVector({}), makeRealVector({NAN}), threeRuns()};
@@ -358,6 +358,7 @@ TEST(FuncArgs, OptionalArgumentsIntegersAndXValues) {
     EXPECT_EQ(sink.messages(), (std::vector<std::string>{"Argument 1 in function 'Truncate' has no reference (xvalues)"}));
 }
 
+// Late-bound entry points: slots of two registrations resolve together; unresolved ones throw.
 int (*slotA)(int) = [](int) -> int { throw DynFuncException("dyn_TestEntry"); };
 int (*slotB)(int) = [](int) -> int { throw DynFuncException("dyn_TestEntry"); };
 const RegisterDynFuncCall registerA(&slotA, "dyn_TestEntry", false, true, __FILE__, __LINE__);
@@ -390,7 +391,7 @@ TEST(DynFunc, UnresolvedCallThrowsAndRepeatedRegistrationsResolveTogether) {
 // tests/lang/interpreters_test.cpp).
 TEST(DynFunc, InterpreterResolvesTheHostEntryPoints) {
     Session wx;
-    EXPECT_STREQ(dyn_IdentifyBinary(), "wavex 0.1.0");
+    EXPECT_STREQ(dyn_IdentifyBinary(), kVersionText);
     EXPECT_THROW(dyn_GetScpInterface(), DynFuncException);
     EXPECT_THROW(internal_error("Error found in module %s, line %d", "x.cpp", 12), DynFuncException);
 }
