@@ -230,7 +230,8 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
 //
 // XY(y, x): the curve of y's values over x's values; y unit from y, x unit and name from x's
 // y unit and name. The curve has y's length; where x is shorter its missing x values are NaN,
-// where it is longer its extra values are dropped.
+// where it is longer its extra values are dropped: a reference is as long as its data in the
+// vector model (every reader walks the two in step), so x cannot keep a length of its own.
 // XYOrdered(y, x): the same with the pairs sorted by ascending x (stable: equal x keep their
 // order; NaN x last). Lengths that differ give an empty result, without a message.
 
