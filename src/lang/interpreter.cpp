@@ -4,6 +4,7 @@
 #include "support/text.hpp"
 #include "wavex/dynexport.hpp"
 #include "wavex/events.hpp"
+#include "wavex/interpreter_scope.hpp"
 #include "wavex/options.hpp"
 #include "wavex/version.hpp"
 
@@ -23,17 +24,6 @@ namespace {
 // interpreters on other threads each see their own.
 thread_local Interpreter* tRunning = nullptr;
 
-class Running {
-public:
-    explicit Running(Interpreter* interpreter) : saved_(tRunning) { tRunning = interpreter; }
-    ~Running() { tRunning = saved_; }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
-
-private:
-    Interpreter* saved_;
-};
-
 YRef<MessageHandler> currentMessageHandler() {
     if (!tRunning) throw DynFuncException("dyn_GetDefaultMessageHandler");
     return tRunning->messages();
@@ -52,6 +42,9 @@ std::optional<double> namedConstant(std::string_view name) {
 }
 
 }  // namespace
+
+InterpreterScope::InterpreterScope(Interpreter* interpreter) : saved_(tRunning) { tRunning = interpreter; }
+InterpreterScope::~InterpreterScope() { tRunning = saved_; }
 
 struct Interpreter::Impl {
     std::unordered_map<std::string, VectorPtr, CaseInsensitiveHash, CaseInsensitiveEqual> workspace;
@@ -97,7 +90,7 @@ Interpreter::~Interpreter() { finish(); }
 void Interpreter::finish() {
     if (impl_->finished) return;
     impl_->finished = true;
-    Running running(this);
+    InterpreterScope running(this);
     raiseEvent("ExitCli");
     raiseEvent("Exit");
 }
@@ -123,7 +116,7 @@ std::string Interpreter::setOption(std::string_view name, std::string_view value
 VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateExpression(expression, messages_); }
 
 VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) {
-    Running running(this);
+    InterpreterScope running(this);
     std::string error;
     auto statements = lang::parseLine(text, &error);
     if (!statements) {
@@ -138,7 +131,7 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
 }
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {
-    Running running(this);
+    InterpreterScope running(this);
     std::string error;
     auto statements = lang::parseLine(line, &error);
     bool ok = statements.has_value();
