@@ -736,7 +736,7 @@ constexpr FuncInfo kFunctions[] = {
     {"sqrt", {arg::Numeric.each()}, 1, elementwise<Op::Sqrt>, kPointwise},
     {"tan", {arg::Numeric.each()}, 1, elementwise<Op::Tan>, kPointwise},
     {"atan", {arg::Numeric.each()}, 1, elementwise<Op::Atan>, kPointwise},
-    {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>, kPointwise},
+    {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>},  // each value depends on the largest
     {"_UMinus", {arg::Numeric}, 1, elementwise<Op::UMinus>},
     {"rnd", {arg::Real.each()}, 1, elementwise<Op::Rnd>, kPointwise},
     {"_Not", {arg::Numeric}, 1, elementwise<Op::Not>},
