@@ -73,11 +73,8 @@ FUNC_ERROR runningHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR area(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED_RANGE;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED_RANGE;
     RangeIntegral r = support_RangeIntegral(args.data(0), x, args.length(0), args.optionalScalar(1),
                                             args.optionalScalar(2), IntegralMode::Mean);
     result->setPhysType(units::mult(args.physType(0), args.refPhysType(0)), units::NoRef);
@@ -158,11 +155,8 @@ void cutReference(const X* from, const Stretch& s, double start, double end, X* 
 
 FUNC_ERROR truncate(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED;
     const double start = args.scalar(1);
     const double end = args.count() > 2 ? args.scalar(2) : std::numeric_limits<double>::infinity();
     if (start > end) {

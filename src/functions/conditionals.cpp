@@ -16,6 +16,7 @@
 // ee(text [, fallback]): "{" text "}" resolved as a template (so the text is evaluated as an
 //   expression); on failure the fallback when given.
 // ev(a1 … ak): the last argument (the others were evaluated for their effects).
+#include "support/numbers.hpp"
 #include "wavex/function.hpp"
 #include "wavex/template.hpp"
 
@@ -88,19 +89,14 @@ FUNC_ERROR iffV(WAVEX_HANDLER_PARAMS) {
 // Bits lo … hi of the low 32 bits of n, shifted down to bit 0; shift counts taken modulo 32.
 double bitField(double x, int64_t hi, int64_t lo) {
     auto n = static_cast<uint32_t>(static_cast<uint64_t>(static_cast<int64_t>(x)));
-    uint32_t up = static_cast<uint32_t>(31 - hi) & 31;
-    uint32_t down = static_cast<uint32_t>(31 - hi + lo) & 31;
+    auto h = static_cast<uint32_t>(hi), l = static_cast<uint32_t>(lo);  // modulo 2^32, then 32
+    uint32_t up = (31u - h) & 31;
+    uint32_t down = (31u - h + l) & 31;
     return static_cast<double>(static_cast<uint32_t>(n << up) >> down);
 }
 
-// Truncation toward zero that tolerates values beyond the range of an integer.
-int64_t truncated(double x) {
-    if (!(std::fabs(x) < 9.2e18)) return 0;
-    return static_cast<int64_t>(x);
-}
-
 FUNC_ERROR field(WAVEX_HANDLER_PARAMS) {
-    int64_t a = truncated(args.scalar(1)), b = truncated(args.scalar(2));
+    int64_t a = args.integer(1).value_or(0), b = args.integer(2).value_or(0);
     result->makeRealNoRef(1)[0] = bitField(std::isfinite(args.scalar(0)) ? args.scalar(0) : 0, std::max(a, b), std::min(a, b));
     return FUNC_OK;
 }
@@ -112,7 +108,7 @@ FUNC_ERROR fieldV(WAVEX_HANDLER_PARAMS) {
     double* r = result->makeReal(n, RESULT_LIKE_ARGS, args.totalLength(0));
     const double *x = args.data(0), *hi = args.data(1), *lo = args.data(2);
     for (int64_t i = 0; i < n; ++i) {
-        int64_t h = truncated(hi[i]), l = truncated(lo[i]);
+        int64_t h = wholeNumber(hi[i]).value_or(0), l = wholeNumber(lo[i]).value_or(0);
         r[i] = h >= l ? bitField(std::isfinite(x[i]) ? x[i] : 0, h, l) : -1;
     }
     result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);

@@ -177,11 +177,8 @@ std::optional<Polynomial> fitArgument(const FuncArgs& args, const FuncInfo* info
     if (!order) return std::nullopt;
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return std::nullopt;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return std::nullopt;
     Fitted f = fitPolynomial(o, x, args.data(0), n, *order);
     switch (f.outcome) {
         case FitOutcome::Done: return std::move(f.p);

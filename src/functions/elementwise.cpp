@@ -161,6 +161,14 @@ Status map(Out* out, const In* in, int64_t n) {
     }
 }
 
+// rnd: x times a fresh factor in [0, 1]. The draws of the whole call are taken from the shared
+// seed in one step and made from a local copy.
+Status randomScale(double* out, const double* in, int64_t n) {
+    uint64_t seed = sp_ReserveRandom(static_cast<uint64_t>(n));
+    for (int64_t i = 0; i < n; ++i) out[i] = in[i] * sp_Random(seed) / 2147483647.0;
+    return Status::Ok;
+}
+
 constexpr double kDegPerRad = 57.29577951308232;
 constexpr double kRadPerDeg = 0.017453292519943295;
 // Angle scales as template arguments (a floating-point template argument is not portable yet).
@@ -182,7 +190,6 @@ constexpr auto kSign = [](double x) { return x > 0 ? 1.0 : 0.0; };  // negative 
 constexpr auto kNot = [](double x) { return x == 0 ? 1.0 : 0.0; };
 constexpr auto kNegate = [](auto x) { return -x; };
 constexpr auto kFloor = [](double x) { return std::floor(x); };
-constexpr auto kRandom = [](double x) { return x * sp_Random(sp_RandomSeed()) / 2147483647.0; };
 constexpr auto kSin = [](auto x) { return std::sin(x); };
 constexpr auto kCos = [](auto x) { return std::cos(x); };
 constexpr auto kTanh = [](auto x) { return std::tanh(x); };
@@ -494,7 +501,7 @@ constexpr Operation kOperations[] = {
     {.op = Op::Norm, .name = "norm", .real = normalise<double>, .complex = normalise<Complex>,
      .unit = units::none},
     {.op = Op::UMinus, .name = "-", .real = map<kNegate>, .complex = map<kNegate>, .unit = units::same},
-    {.op = Op::Rnd, .name = "rnd", .real = map<kRandom>, .unit = units::same},
+    {.op = Op::Rnd, .name = "rnd", .real = randomScale, .unit = units::same},
     {.op = Op::Not, .name = "!", .real = map<kNot>, .unit = units::none},
     {.op = Op::Mean, .name = "mean", .real = mean<double>, .complex = mean<Complex>, .unit = units::same,
      .scalar = true},
@@ -673,16 +680,12 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
         result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);
         return FUNC_OK;
     }
-    const double* x = args.refData(0);
-    const Complex* cx = args.complexRefData(0);
-    if (!x && !cx) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    std::vector<double> scratch;
+    const double* f = args.neededRefData(0, scratch, *info, *messages);
+    if (!f) return FUNC_FAILED;
 
-    std::vector<double> phi(static_cast<size_t>(n)), f(static_cast<size_t>(n));
+    std::vector<double> phi(static_cast<size_t>(n));
     unwrappedPhase<Scale::One>(phi.data(), h, n);
-    for (int64_t i = 0; i < n; ++i) f[i] = x ? x[i] : cx[i].real();
 
     bool steep = f[1] == f[0] || f[n - 1] == f[n - 2];
     if (!steep) tau[0] = -(phi[1] - phi[0]) / (f[1] - f[0]) / kTwoPi;
@@ -835,6 +838,8 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
       .notes = "Real results lie in (-π/2, π/2); atan2 gives the full circle. Complex ±i overflow.",
       .example = "atan([0, 1, -1])"}},
+    // Registered pointwise as scripts have always seen it, though each value depends on the largest;
+    // nothing in wavex reads the flag (it is recorded for the host).
     {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>, kPointwise,
      {.signature = "norm(v)",
       .summary = "v divided by its largest magnitude, so the peak is 1.",

@@ -239,11 +239,8 @@ double midway(const double* y, int64_t n) {
 FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
     double level = args.count() > 1 ? args.scalar(1) : kNaN;
     if (std::isnan(level)) level = midway(y, n);
@@ -256,7 +253,7 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     YList<long long> indices;
     if (!std::isnan(level)) support_FindYFromX(crossings, indices, x, y, n, level, opts);
 
-    const double* t = crossings.reversed();  // in the order of the curve
+    const double* t = crossings.oldestFirst();  // in the order of the curve
     const auto periods = static_cast<int64_t>(crossings.size() > 1 ? crossings.size() - 1 : 0);
     result->setPhysType(args.refPhysType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_REAL);

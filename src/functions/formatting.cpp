@@ -23,10 +23,6 @@
 namespace wavex {
 namespace {
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
 // An integer read from a date field, when it fits an int as the C library's broken-down time needs.
 std::optional<int> fieldInt(int64_t v) {
     if (v < std::numeric_limits<int>::min() || v > std::numeric_limits<int>::max()) return std::nullopt;
@@ -75,7 +71,7 @@ FUNC_ERROR formatNumber(WAVEX_HANDLER_PARAMS) {
     const double* v = args.data(0);
     // Beyond these bounds every s gives the same texts (below: a percent precision of 0).
     int s = static_cast<int>(std::clamp<int64_t>(truncateToInt64(args.scalar(1)), -1000, kMaxPrecision));
-    NumberStyle style = styleOf(first(args, 2));
+    NumberStyle style = styleOf(args.string(2));
     result->setType(VD_STRING, VD_NONE);
     result->setPhysType(units::Number, units::NoRef);
     if (!result->allocate(n, RESULT_OWN, -1)) return FUNC_FAILED;
@@ -139,7 +135,7 @@ FUNC_ERROR sprintfNumber(WAVEX_HANDLER_PARAMS) {
             default: return FUNC_OK;
         }
     }
-    std::optional<std::string> text = formatPrintf(first(args, 0), values);
+    std::optional<std::string> text = formatPrintf(args.string(0), values);
     return !text || result->makeString(std::move(*text)) ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -169,7 +165,7 @@ std::optional<int> monthOf(std::string_view field) {
 
 FUNC_ERROR isoTimeToUnix(WAVEX_HANDLER_PARAMS) {
     std::vector<std::string_view> fields;
-    if (sp_SplitLine(first(args, 0), '-', fields) != 3) return FUNC_OK;
+    if (sp_SplitLine(args.string(0), '-', fields) != 3) return FUNC_OK;
     std::optional<int> year = fieldInt(atoiValue(fields[0]) - 1900), month = monthOf(fields[1]),
                        day = fieldInt(atoiValue(fields[2]));
     if (!year || !month || !day) return FUNC_OK;
@@ -246,12 +242,12 @@ std::optional<std::string> rgbColourToHTML(double value) {
 }
 
 FUNC_ERROR htmlToRGB(WAVEX_HANDLER_PARAMS) {
-    std::optional<uint32_t> rgb = htmlColourToRGB(first(args, 0));
+    std::optional<uint32_t> rgb = htmlColourToRGB(args.string(0));
     return !rgb || result->makeString(std::to_string(*rgb)) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR rgbToHTML(WAVEX_HANDLER_PARAMS) {
-    std::optional<double> value = args.type(0) == VD_STRING ? parseEngineeringNumber(trim(first(args, 0)))
+    std::optional<double> value = args.type(0) == VD_STRING ? parseEngineeringNumber(trim(args.string(0)))
                                                             : std::optional<double>(args.scalar(0));
     std::optional<std::string> html = value ? rgbColourToHTML(*value) : std::nullopt;
     return !html || result->makeString(std::move(*html)) ? FUNC_OK : FUNC_FAILED;

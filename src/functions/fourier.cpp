@@ -12,6 +12,7 @@
 #include "support/fft.hpp"
 #include "support/interpolation.hpp"
 #include "support/text.hpp"
+#include "support/numbers.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
 #include "wavex/options.hpp"
@@ -34,11 +35,6 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 std::span<const double> optionalValues(const FuncArgs& args, int i) {
     if (args.count() <= i || !args.data(i)) return {};
     return {args.data(i), static_cast<size_t>(args.length(i))};
-}
-
-// v truncated toward zero, within ±1e9; NaN gives `fallback`.
-int wholeNumber(double v, int fallback) {
-    return std::isnan(v) ? fallback : static_cast<int>(std::trunc(std::clamp(v, -1e9, 1e9)));
 }
 
 // Units of a spectrum of argument 0: its y unit over 1 / (its x unit), named after that unit.
@@ -93,9 +89,7 @@ const double* transformAbscissa(const FuncArgs& args, const FuncInfo* info, Mess
         messages.error("Need at least two points for FFT");
         return nullptr;
     }
-    const double* x = args.realRefData(0, scratch);
-    if (!x) messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-    return x;
+    return args.neededRefData(0, scratch, *info, messages);
 }
 
 FUNC_ERROR fft(WAVEX_HANDLER_PARAMS) {
@@ -290,8 +284,8 @@ FUNC_ERROR fourier(WAVEX_HANDLER_PARAMS) {
     const double f0 = args.scalar(1);
     const double count = std::floor(args.scalar(2));
     const std::span<const double> options = optionalValues(args, 3);
-    const int mode = options.empty() ? 0 : wholeNumber(options[0], 0);
-    const int order = options.size() < 2 ? 2 : std::clamp(wholeNumber(options[1], 2), 1, 2);
+    const int64_t mode = options.empty() ? 0 : wholeNumber(options[0]).value_or(0);
+    const int order = options.size() < 2 ? 2 : static_cast<int>(std::clamp<int64_t>(wholeNumber(options[1]).value_or(2), 1, 2));
 
     if (length < 3 || !x || !(f0 > 0) || !(count >= 1)) return FUNC_OK;
     if (count > static_cast<double>(support_MaxResamplePoints()) / 4) return FUNC_OK;

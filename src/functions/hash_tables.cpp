@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace wavex {
@@ -35,6 +36,9 @@ struct Slot {
     bool multiple = false;
 };
 
+// The registry and the counter are shared by every interpreter and thread: each function holds
+// the lock for its whole call, so a table is never read while another call changes it.
+std::mutex registryLock;
 std::unique_ptr<std::vector<Slot>> registry;
 uint32_t handleCounter = 0;  // never reset: handles are unique in the process
 
@@ -47,9 +51,13 @@ Slot* findSlot(double handle) {
     return nullptr;
 }
 
-void deleteUserHashTables(void*) { registry.reset(); }
+void deleteUserHashTables(void*) {
+    std::lock_guard guard(registryLock);
+    registry.reset();
+}
 
 void deleteTemporaryUserHashTables(void*) {
+    std::lock_guard guard(registryLock);
     if (!registry) return;
     bool anyLeft = false;
     for (Slot& s : *registry) {
@@ -78,6 +86,7 @@ FUNC_ERROR stringResult(FuncResult* result, std::vector<StrElem> values) {
 }
 
 FUNC_ERROR hashCreate(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     if (!registry) {
         registry = std::make_unique<std::vector<Slot>>();
         registry->reserve(10);
@@ -95,6 +104,7 @@ FUNC_ERROR hashCreate(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashAdd(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     int64_t pairs = std::min(args.length(1), args.length(2));
     if (!slot || pairs == 0) return scalarResult(result, 0);
@@ -108,6 +118,7 @@ FUNC_ERROR hashAdd(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashSearch(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     int64_t keys = args.length(1);
     if (!slot || keys == 0) return stringResult(result, {});
@@ -133,6 +144,7 @@ FUNC_ERROR hashSearch(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashKeys(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     std::vector<StrElem> keys;
     if (Slot* slot = findSlot(args.scalar(0)))
         slot->table->forEach([&](const UserTable::Entry& e) { keys.emplace_back(e.key); });
@@ -140,6 +152,7 @@ FUNC_ERROR hashKeys(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashRemove(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     if (!slot) return scalarResult(result, 0);
     size_t removed = 0;
@@ -148,6 +161,7 @@ FUNC_ERROR hashRemove(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashDelete(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     if (!slot) return scalarResult(result, 0);
     slot->table.reset();

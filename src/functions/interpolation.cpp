@@ -20,14 +20,6 @@
 namespace wavex {
 namespace {
 
-// Argument i as a whole number (truncated, kept within ±1e9), or nullopt when absent or NaN.
-std::optional<int> wholeArgument(const FuncArgs& args, int i) {
-    if (args.count() <= i) return std::nullopt;
-    double v = args.scalar(i);
-    if (std::isnan(v)) return std::nullopt;
-    return static_cast<int>(std::trunc(std::clamp(v, -1e9, 1e9)));
-}
-
 int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 
 // ---- Interp ----------------------------------------------------------------------------------
@@ -49,9 +41,9 @@ int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 // of the machine's memory.
 
 int interpOrder(const FuncArgs& args) {
-    int order = wholeArgument(args, 2).value_or(defaultOrder());
+    int64_t order = args.integer(2).value_or(defaultOrder());
     if (order == -1) return args.physType(0) == units::Digital ? 1 : 2;
-    return std::max(order, 1);
+    return static_cast<int>(std::clamp<int64_t>(order, 1, kMaxInterpOrder));
 }
 
 FUNC_ERROR interp(WAVEX_HANDLER_PARAMS) {
@@ -144,18 +136,16 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     const SearchOp& o = kSearches[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
-    int order = wholeArgument(args, 2).value_or(0);
+    int64_t order = args.integer(2).value_or(0);
     InterpOpts opts{};
     opts.levelSearch = o.levelSearch;
-    opts.order = order > 0 ? order : defaultOrder() > 0 ? defaultOrder() : 2;
+    opts.order = order > 0 ? static_cast<int>(std::min<int64_t>(order, kMaxInterpOrder))
+                 : defaultOrder() > 0 ? defaultOrder() : 2;
     if (o.levelSearch) {
-        int direction = wholeArgument(args, 3).value_or(0);
+        int64_t direction = args.integer(3).value_or(0);
         opts.direction = (direction > 0) - (direction < 0);
     }
 
@@ -168,7 +158,7 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     else result->setPhysType(args.physType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_NONE);
     double* out = result->makeReal(static_cast<int64_t>(values.size()), RESULT_RESHAPED, -1);
-    std::copy(values.reversed(), values.reversed() + values.size(), out);  // the head goes last
+    std::copy(values.oldestFirst(), values.oldestFirst() + values.size(), out);  // the head goes last
     return FUNC_OK;
 }
 
@@ -193,12 +183,9 @@ FUNC_ERROR searchHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch1, scratch2;
-    const double* x1 = args.realRefData(0, scratch1);
-    const double* x2 = args.realRefData(1, scratch2);
-    if (!x1 || !x2) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x1 = args.neededRefData(0, scratch1, *info, *messages);
+    const double* x2 = x1 ? args.neededRefData(1, scratch2, *info, *messages) : nullptr;
+    if (!x2) return FUNC_FAILED;
     InterpOpts opts{};
     opts.levelSearch = 1;
     opts.order = 1;
@@ -207,7 +194,7 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     YList<double> listB, listA;
     YList<long long> indices;
     support_FindYFromX(listB, indices, x2, args.data(1), args.length(1), args.scalar(3), opts);
-    const double* B = listB.reversed();  // filled from the end: the head in the last slot
+    const double* B = listB.oldestFirst();  // filled from the end: the head in the last slot
     const size_t nB = listB.size();
     support_FindYFromX(listA, indices, x1, args.data(0), args.length(0), args.scalar(2), opts);
     listA.reverse();  // walked from the head, A now runs as B is laid out
@@ -237,7 +224,8 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
 //
 // XY(y, x): the curve of y's values over x's values; y unit from y, x unit and name from x's
 // y unit and name. The curve has y's length; where x is shorter its missing x values are NaN,
-// where it is longer its extra values are dropped.
+// where it is longer its extra values are dropped: a reference is as long as its data in the
+// vector model (every reader walks the two in step), so x cannot keep a length of its own.
 // XYOrdered(y, x): the same with the pairs sorted by ascending x (stable: equal x keep their
 // order; NaN x last). Lengths that differ give an empty result, without a message.
 

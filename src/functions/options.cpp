@@ -20,7 +20,9 @@ const MakeOption derivAcceptFactor(__FILE__, __LINE__, "DerivAcceptFactor", 1e-9
 // Parts selector: a user model added within this many days is also listed under
 // "* Recently Added Models *".
 const MakeOption newModelLifetime(__FILE__, __LINE__, "NewModelLifetime", int32_t{7}, OPTION_CACHE_NONE, true);
-// Style sheets of the statistical-analysis reports.
+// Style sheets of the statistical-analysis reports. Recorded only: the reports are not part of
+// the library and nothing here reads them; they are declared so that scripts and command lines
+// that set them keep working.
 const MakeOption sensitivityCss(__FILE__, __LINE__, "SensitivityCss", std::string("%SHAREPATH%/html/css/msw.css"),
                                 OPTION_CACHE_NONE, true, true, false);
 const MakeOption worstCaseCss(__FILE__, __LINE__, "WorstCaseCss", std::string("%SHAREPATH%/html/css/msw.css"),

@@ -36,20 +36,16 @@
 namespace wavex {
 namespace {
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
 // Every element of a string argument ("" for a null one).
 std::vector<std::string_view> elements(const FuncArgs& args, int i) {
-    std::vector<std::string_view> out(given(args, i) ? static_cast<size_t>(args.length(i)) : 0);
+    std::vector<std::string_view> out(args.has(i) ? static_cast<size_t>(args.length(i)) : 0);
     for (size_t k = 0; k < out.size(); ++k) out[k] = args.string(i, k);
     return out;
 }
 
 ParameterSyntax syntaxOf(const FuncArgs& args, int i) {
     ParameterSyntax syntax;
-    int64_t n = given(args, i) ? args.length(i) : 0;
+    int64_t n = args.has(i) ? args.length(i) : 0;
     syntax.quoted = n > 0 && iequals(args.string(i, 0), "allowquoted");
     if (n > 1) syntax.delimiters = args.string(i, 1);
     if (n > 2) syntax.openQuotes = args.string(i, 2);
@@ -62,9 +58,9 @@ FUNC_ERROR parseParameterString(WAVEX_HANDLER_PARAMS) {
     std::string_view mode = args.string(2, 0);
     bool read = iequals(mode, "read"), remove = iequals(mode, "delete"), write = iequals(mode, "write");
     if (!read && !remove && !write) return FUNC_OK;
-    if (write && (!given(args, 3) || args.length(3) == 0)) return FUNC_OK;
+    if (write && (!args.has(3) || args.length(3) == 0)) return FUNC_OK;
     int64_t unlabelled = args.length(2) > 1 ? atoiValue(args.string(2, 1)) : 0;
-    ParameterString text(first(args, 0), syntaxOf(args, 4), reading, unlabelled,
+    ParameterString text(args.string(0), syntaxOf(args, 4), reading, unlabelled,
                          read ? ParameterString::Read : ParameterString::Rebuild);
     std::vector<std::string_view> names = elements(args, 1);
     if (remove) return result->makeString(text.remove(names)) ? FUNC_OK : FUNC_FAILED;
@@ -77,7 +73,7 @@ FUNC_ERROR parseParameterString(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR buildParameter(WAVEX_HANDLER_PARAMS) {
     if (std::min(args.length(0), args.length(1)) < 1) return FUNC_OK;
-    std::string_view quoteIf = given(args, 2) ? first(args, 2) : std::string_view(" \t");
+    std::string_view quoteIf = args.has(2) ? args.string(2) : std::string_view(" \t");
     return result->makeString(buildParameterString(elements(args, 0), elements(args, 1), quoteIf))
         ? FUNC_OK : FUNC_FAILED;
 }

@@ -55,11 +55,8 @@ FUNC_ERROR rangeIntegral(const FuncArgs& args, FuncResult* result, const FuncInf
     const IntegralOp& o = kIntegrals[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED_RANGE;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return FUNC_FAILED_RANGE;
     RangeIntegral r = support_RangeIntegral(args.data(0), x, n, args.optionalScalar(1), args.optionalScalar(2),
                                             o.mode);
     result->setPhysType(o.unit(args.physType(0), args.refPhysType(0)), units::NoRef);

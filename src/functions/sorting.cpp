@@ -45,10 +45,6 @@
 namespace wavex {
 namespace {
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
 std::string_view text(const StrElem& s) { return s ? std::string_view(*s) : std::string_view(); }
 
 // ---- Radix sort ------------------------------------------------------------------------------------
@@ -191,7 +187,7 @@ FUNC_ERROR sort(WAVEX_HANDLER_PARAMS) {
     const StrElem* s = args.stringData(0);
     StringKeys keys(s, static_cast<size_t>(n));
     std::vector<Keyed> order = stringOrder(keys, static_cast<size_t>(n), false);
-    if (iequals(first(args, 1), "unique")) {
+    if (iequals(args.string(1), "unique")) {
         // Equal strings are adjacent, the first occurrence leading its run.
         auto last = std::unique(order.begin(), order.end(), [&](const Keyed& a, const Keyed& b) {
             return a.key == b.key && keys[a.position] == keys[b.position];
@@ -207,7 +203,7 @@ FUNC_ERROR sort(WAVEX_HANDLER_PARAMS) {
 // `largestFirst`: the default order of numbers (SortIdx true, SortIdx2 false).
 template <bool largestFirst>
 FUNC_ERROR sortIdx(WAVEX_HANDLER_PARAMS) {
-    bool reverse = iequals(first(args, 1), "reverse");
+    bool reverse = iequals(args.string(1), "reverse");
     auto n = static_cast<size_t>(args.length(0));
     if (tooManyToSort(args.length(0), info, *messages)) return FUNC_FAILED;
     bool numbersDescending = reverse != largestFirst;
@@ -232,7 +228,7 @@ FUNC_ERROR sortIdx(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR search(WAVEX_HANDLER_PARAMS) {
     bool path = false, count = false;
-    for (int64_t k = given(args, 2) ? args.length(2) : 0; k-- > 0;) {
+    for (int64_t k = args.has(2) ? args.length(2) : 0; k-- > 0;) {
         std::string_view word = args.string(2, static_cast<size_t>(k));
         if (iequals(word, "Path")) path = true;
         else if (iequals(word, "count")) count = true;

@@ -40,22 +40,6 @@ inline unsigned char byte(char c) { return static_cast<unsigned char>(c); }
 
 // ---- Arguments -----------------------------------------------------------------------------------
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
-// A number truncated toward zero, saturating at the ends of the 64-bit range; NaN gives 0.
-int64_t truncated(double x) {
-    if (std::isnan(x)) return 0;
-    if (x >= 9.2e18) return std::numeric_limits<int64_t>::max();
-    if (x <= -9.2e18) return std::numeric_limits<int64_t>::min();
-    return static_cast<int64_t>(x);
-}
-
-int64_t integerArg(const FuncArgs& args, int i, int64_t absent) {
-    return given(args, i) ? truncated(args.scalar(i)) : absent;
-}
-
 // ---- Results -------------------------------------------------------------------------------------
 
 FUNC_ERROR stringList(FuncResult* result, std::span<const std::string_view> items) {
@@ -134,35 +118,35 @@ FUNC_ERROR val(WAVEX_HANDLER_PARAMS) {
 // StringLength: the length in bytes.
 
 FUNC_ERROR ascii(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     return oneReal(result, s.empty() ? 0 : static_cast<signed char>(s[0]));
 }
 
 FUNC_ERROR chr(WAVEX_HANDLER_PARAMS) {
-    int64_t code = std::clamp<int64_t>(truncated(std::floor(args.scalar(0))), 0, 255);
+    int64_t code = std::clamp<int64_t>(wholeNumber(std::floor(args.scalar(0))).value_or(0), 0, 255);
     return result->makeString(code == 0 ? std::string() : std::string(1, static_cast<char>(code)))
         ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR charAt(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t i = truncated(args.scalar(1));
+    int64_t i = args.integer(1).value_or(0);
     if (i < 0) i += length;
     return result->makeString(i >= 0 && i < length ? std::string(1, s[i]) : std::string()) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR mid(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t start = truncated(args.scalar(1));
-    int64_t end = given(args, 2) ? truncated(static_cast<double>(start) + args.scalar(2)) : length;
+    int64_t start = args.integer(1).value_or(0);
+    int64_t end = args.has(2) ? wholeNumber(static_cast<double>(start) + args.scalar(2)).value_or(0) : length;
     start = std::clamp<int64_t>(start, 0, length);
     end = std::clamp<int64_t>(end, start, length);
     return result->makeString(std::string(s.substr(start, end - start))) ? FUNC_OK : FUNC_FAILED;
 }
 
-FUNC_ERROR stringLength(WAVEX_HANDLER_PARAMS) { return oneReal(result, static_cast<double>(first(args, 0).size())); }
+FUNC_ERROR stringLength(WAVEX_HANDLER_PARAMS) { return oneReal(result, static_cast<double>(args.string(0).size())); }
 
 // ---- Text transforms -----------------------------------------------------------------------------
 //
@@ -214,8 +198,8 @@ static_assert(rowsInOrder(kTextOps, &TextRow::op, [](const TextRow& c) { return 
 
 template <TextOp op>
 FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {
-    bool replaceSpaces = iequals(first(args, 1), "replaceSpaces");
-    return result->makeString(kTextOps[static_cast<size_t>(op)].kernel(first(args, 0), replaceSpaces))
+    bool replaceSpaces = iequals(args.string(1), "replaceSpaces");
+    return result->makeString(kTextOps[static_cast<size_t>(op)].kernel(args.string(0), replaceSpaces))
         ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -233,15 +217,15 @@ FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {
 // count read as atoi reads it (0, negative or not a number: none). An empty old text is never found.
 
 FUNC_ERROR strStr(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t start = std::clamp<int64_t>(integerArg(args, 2, 0), 0, length);
-    size_t at = toLower(s.substr(start)).find(toLower(first(args, 1)));
+    int64_t start = std::clamp<int64_t>(args.integer(2).value_or(0), 0, length);
+    size_t at = toLower(s.substr(start)).find(toLower(args.string(1)));
     return oneReal(result, at == std::string::npos ? -1.0 : static_cast<double>(at));
 }
 
 FUNC_ERROR countChars(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0), wanted = first(args, 1);
+    std::string_view s = args.string(0), wanted = args.string(1);
     std::array<double, 256> counts{};
     for (char c : s) ++counts[byte(c)];
     double* out = result->makeRealNoRef(static_cast<int64_t>(wanted.size()));
@@ -250,12 +234,12 @@ FUNC_ERROR countChars(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR startsWith(WAVEX_HANDLER_PARAMS) {
-    return result->makeString(beginsWith(first(args, 0), first(args, 1)) ? "1" : "0") ? FUNC_OK : FUNC_FAILED;
+    return result->makeString(beginsWith(args.string(0), args.string(1)) ? "1" : "0") ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR substChar(WAVEX_HANDLER_PARAMS) {
-    std::string s(first(args, 0));
-    std::string_view set = first(args, 1), replacement = first(args, 2);
+    std::string s(args.string(0));
+    std::string_view set = args.string(1), replacement = args.string(2);
     std::array<bool, 256> inSet{};
     for (char c : set) inSet[byte(c)] = true;
     if (replacement.empty()) {
@@ -286,9 +270,9 @@ std::string substitute(std::string_view s, std::string_view old, std::string_vie
 
 FUNC_ERROR substString(WAVEX_HANDLER_PARAMS) {
     int64_t count = 1;
-    if (std::string_view word = first(args, 3); iequals(word, "all")) count = std::numeric_limits<int64_t>::max();
+    if (std::string_view word = args.string(3); iequals(word, "all")) count = std::numeric_limits<int64_t>::max();
     else if (!word.empty()) count = atoiValue(word);
-    return result->makeString(substitute(first(args, 0), first(args, 1), first(args, 2), count))
+    return result->makeString(substitute(args.string(0), args.string(1), args.string(2), count))
         ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -312,25 +296,25 @@ FUNC_ERROR substString(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR scan(WAVEX_HANDLER_PARAMS) {
     char separator = ';';
     std::string_view quotes;
-    if (given(args, 1)) {
-        std::string_view cut = first(args, 1);
+    if (args.has(1)) {
+        std::string_view cut = args.string(1);
         separator = cut.empty() ? '\0' : cut[0];
         if (cut.size() >= 3 && cut[1] != cut[2]) quotes = cut.substr(1, 2);
     }
-    int64_t minimum = integerArg(args, 2, 0);
+    int64_t minimum = args.integer(2).value_or(0);
     if (!withinMadeElementLimit(minimum, info, *messages)) return FUNC_FAILED;
     std::vector<std::string_view> fields;
-    sp_SplitLine(first(args, 0), separator, quotes, fields);
+    sp_SplitLine(args.string(0), separator, quotes, fields);
     if (minimum > static_cast<int64_t>(fields.size())) fields.resize(minimum);
     return stringList(result, fields);
 }
 
 FUNC_ERROR parse(WAVEX_HANDLER_PARAMS) {
-    std::string delimiters = given(args, 1) ? std::string(first(args, 1)) : " \t,";
+    std::string delimiters = args.has(1) ? std::string(args.string(1)) : " \t,";
     if (delimiters.find(' ') != std::string::npos && delimiters.find('\t') == std::string::npos) delimiters += '\t';
-    std::string_view line = first(args, 0);
+    std::string_view line = args.string(0);
     std::vector<std::string_view> tokens;
-    if (iequals(first(args, 2), "quoted")) {
+    if (iequals(args.string(2), "quoted")) {
         for (std::string_view t; !(t = sp_StrTok(line, delimiters)).empty();) tokens.push_back(t);
     } else {
         sp_ScanLine(line, delimiters, tokens);
@@ -339,19 +323,19 @@ FUNC_ERROR parse(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR makeString(WAVEX_HANDLER_PARAMS) {
-    int64_t n = truncated(args.scalar(0));
+    int64_t n = args.integer(0).value_or(0);
     if (n < 1) return FUNC_OK;
     if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
     if (!result->makeStrings(n)) return FUNC_FAILED;
     StrElem* out = result->stringData();
-    int64_t copied = given(args, 1) ? std::min(n, args.length(1)) : 0;
+    int64_t copied = args.has(1) ? std::min(n, args.length(1)) : 0;
     if (copied > 0) std::copy_n(args.stringData(1), copied, out);
     std::fill(out + copied, out + n, std::string());
     return FUNC_OK;
 }
 
 FUNC_ERROR nullString(WAVEX_HANDLER_PARAMS) {
-    int64_t n = truncated(args.scalar(0));
+    int64_t n = args.integer(0).value_or(0);
     if (n < 1) return FUNC_OK;
     if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
     return result->makeStrings(n) ? FUNC_OK : FUNC_FAILED;  // the elements are null as made
@@ -409,7 +393,7 @@ FUNC_ERROR regExp(WAVEX_HANDLER_PARAMS) {
     if (n == 0) return FUNC_OK;
     std::vector<std::string_view> subjects(static_cast<size_t>(n));
     for (int64_t i = 0; i < n; ++i) subjects[i] = args.string(0, i);
-    std::string_view pattern = first(args, 1);
+    std::string_view pattern = args.string(1);
     std::vector<std::string_view> matches;
     std::string error;
     bool complete = sp_RegExpMatches(subjects, pattern, matches, &error);
@@ -422,7 +406,7 @@ FUNC_ERROR regExp(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR getMD5(WAVEX_HANDLER_PARAMS) {
-    std::string name(first(args, 0));
+    std::string name(args.string(0));
     if (name.find('\0') != std::string::npos) return FUNC_OK;  // no file has such a name
     std::FILE* file = std::fopen(name.c_str(), "rb");
     if (!file) return FUNC_OK;

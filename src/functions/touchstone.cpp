@@ -25,8 +25,10 @@
 #include "support/touchstone.hpp"
 #include "wavex/function.hpp"
 
+#include <cmath>
 #include <forward_list>
 #include <memory>
+#include <mutex>
 
 namespace wavex {
 namespace {
@@ -43,17 +45,41 @@ struct TouchstoneEntry {
 };
 using EntryRef = std::shared_ptr<TouchstoneEntry>;
 
-struct TouchstoneStore {
-    std::forward_list<EntryRef> entries;  // newest first
-    size_t count = 0;
-    int32_t lastHandle = 0;
-
+// Shared by every interpreter and thread. An entry never changes once stored, so a call reads the
+// one it found without holding the lock.
+class TouchstoneStore {
+public:
+    int32_t issueHandle() {
+        std::lock_guard guard(lock_);
+        return ++lastHandle_;
+    }
+    void add(EntryRef entry) {
+        std::lock_guard guard(lock_);
+        entries_.push_front(std::move(entry));
+        ++count_;
+    }
     EntryRef find(double handle) const {
         int32_t h = truncateToInt32(handle);
-        for (const EntryRef& e : entries)
+        std::lock_guard guard(lock_);
+        for (const EntryRef& e : entries_)
             if (e->handle == h) return e;
         return nullptr;
     }
+    // Removes the entry with this handle; every entry for a handle below 1.
+    size_t remove(int32_t handle) {
+        std::lock_guard guard(lock_);
+        size_t removed = count_;
+        if (handle < 1) entries_.clear();
+        else removed = entries_.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+        count_ -= removed;
+        return removed;
+    }
+
+private:
+    mutable std::mutex lock_;
+    std::forward_list<EntryRef> entries_;  // newest first
+    size_t count_ = 0;
+    int32_t lastHandle_ = 0;
 };
 
 TouchstoneStore& store() {
@@ -78,12 +104,10 @@ FUNC_ERROR writeTriples(FuncResult* result, const AcTableData& table, int64_t po
 }
 
 FUNC_ERROR loadTouchstone(WAVEX_HANDLER_PARAMS) {
-    TouchstoneStore& s = store();
     auto entry = std::make_shared<TouchstoneEntry>(std::string(args.string(0)), truncateToInt32(args.scalar(1)),
-                                                   ++s.lastHandle);
+                                                   store().issueHandle());
     entry->built = entry->table.build(&entry->errors);
-    s.entries.push_front(entry);
-    ++s.count;
+    store().add(entry);
     double* out = result->makeRealNoRef(2);
     if (!out) return FUNC_FAILED;
     out[0] = entry->handle;
@@ -120,17 +144,9 @@ FUNC_ERROR getTouchstoneErrors(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR deleteTouchstone(WAVEX_HANDLER_PARAMS) {
-    TouchstoneStore& s = store();
+    // NaN is no handle and removes nothing; any other handle below 1 removes every entry.
     double h = args.scalar(0);
-    size_t removed = 0;
-    if (h < 1) {  // as the truncated handle: 0 or less (NaN is no handle and removes nothing)
-        removed = s.count;
-        s.entries.clear();
-    } else {
-        int32_t handle = truncateToInt32(h);
-        removed = s.entries.remove_if([&](const EntryRef& e) { return e->handle == handle; });
-    }
-    s.count -= removed;
+    size_t removed = std::isnan(h) ? 0 : store().remove(h < 1 ? 0 : truncateToInt32(h));
     double* out = result->makeRealNoRef(1);
     if (!out) return FUNC_FAILED;
     out[0] = static_cast<double>(removed);

@@ -30,6 +30,7 @@
 
 #include <list>
 #include <memory>
+#include <mutex>
 
 namespace wavex {
 namespace {
@@ -41,16 +42,34 @@ struct WavEntry {
 };
 using EntryRef = std::shared_ptr<WavEntry>;
 
-struct WavStore {
-    std::list<EntryRef> entries;  // newest first
-    int32_t nextHandle = 1;
-
+// Shared by every interpreter and thread. An entry never changes once stored, so a call reads the
+// one it found without holding the lock.
+class WavStore {
+public:
+    int32_t issueHandle() {
+        std::lock_guard guard(lock_);
+        return nextHandle_++;
+    }
+    void add(EntryRef entry) {
+        std::lock_guard guard(lock_);
+        entries_.push_front(std::move(entry));
+    }
     EntryRef find(double handle) const {
         int32_t h = truncateToInt32(handle);
-        for (const EntryRef& e : entries)
+        std::lock_guard guard(lock_);
+        for (const EntryRef& e : entries_)
             if (e->handle == h) return e;
         return nullptr;
     }
+    size_t remove(int32_t handle) {
+        std::lock_guard guard(lock_);
+        return entries_.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+    }
+
+private:
+    mutable std::mutex lock_;
+    std::list<EntryRef> entries_;  // newest first
+    int32_t nextHandle_ = 1;
 };
 
 WavStore& store() {
@@ -67,10 +86,10 @@ int openWav(const std::string& name, int option, int32_t* handle) {
     if (!Wav_LoadHeader(file.get(), &header)) return WAV_HEADER_NOT_READ;
     if (WAV_Error e = Wav_CheckHeader(header)) return e;
     auto entry = std::make_shared<WavEntry>();
-    entry->handle = store().nextHandle++;
+    entry->handle = store().issueHandle();
     if (!Wav_LoadSamples(file.get(), header, entry->samples, option)) return WAV_SAMPLES_NOT_READ;
     entry->header = header;
-    store().entries.push_front(entry);
+    store().add(entry);
     *handle = entry->handle;
     return WAV_OK;
 }
@@ -162,7 +181,7 @@ FUNC_ERROR wavWriteFile(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR wavCloseFile(WAVEX_HANDLER_PARAMS) {
     int32_t handle = truncateToInt32(args.scalar(0));
-    size_t removed = store().entries.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+    size_t removed = store().remove(handle);
     double* out = result->makeRealNoRef(1);
     if (!out) return FUNC_FAILED;
     out[0] = static_cast<double>(removed);
