@@ -22,6 +22,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,6 @@ namespace wavex {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTwoPi = 6.283185307179586476925286766559;
 constexpr int kDefaultBins = 100;
 constexpr int kDefaultHarmonics = 10;
 constexpr int kMaxHarmonics = 1000;
@@ -549,18 +549,21 @@ FUNC_ERROR sfdr(WAVEX_HANDLER_PARAMS) {
     realSpectrum(r.y, static_cast<size_t>(r.n), N, {1, 1}, 2.0 / static_cast<double>(N), spectrum.data());
     const double df = 1 / ((r.x[1] - r.x[0]) * static_cast<double>(N));
     const auto bin = static_cast<int64_t>(std::llround(r.f0 / df));
-    auto mag = [&](int64_t k) { return std::abs(spectrum[static_cast<size_t>(k)]); };
+    // Squared magnitudes, compared as they are: the roots are taken of the two peaks alone.
+    auto power = [&](int64_t k) { return std::norm(spectrum[static_cast<size_t>(k)]); };
     double fundamental = 0, spur = 0;
     const auto last = static_cast<int64_t>(half) - 1;
     for (int64_t k = std::max<int64_t>(bin - 3, 1); k <= std::min(bin + 3, last); ++k)
-        fundamental = std::max(fundamental, mag(k));
+        fundamental = std::max(fundamental, power(k));
+    double before = power(0), here = last > 0 ? power(1) : 0;
     for (int64_t k = 1; k < last; ++k) {
-        if (std::abs(k - bin) <= 3) continue;
-        const double m = mag(k);
-        if (m > spur && m > mag(k - 1) && m >= mag(k + 1)) spur = m;
+        const double after = power(k + 1);
+        if (here > spur && here > before && here >= after && std::abs(k - bin) > 3) spur = here;
+        before = here;
+        here = after;
     }
     if (!(spur > 0) || !(fundamental > 0)) return noValue(args, result, info, *messages, units::Number, "spur");
-    return writeValue(result, units::Number, 20 * std::log10(fundamental / spur));
+    return writeValue(result, units::Number, 10 * std::log10(fundamental / spur));
 }
 
 // ---- Bandwidth, UnityGainFrequency, PhaseMargin, GainMargin ------------------------------------
@@ -604,30 +607,58 @@ struct ResponsePoint {
     double f = kNaN, gain = kNaN, phase = kNaN;
 };
 
-// The first place where the gain (or the phase) falls through `level`, with the other quantities
-// interpolated there; NaN f when there is none. `level` NaN: the first gain less `drop`.
-ResponsePoint firstFall(const Complex* h, const double* f, int64_t n, bool byPhase, double level, double drop) {
-    constexpr double kDegrees = 180 / 3.14159265358979323846;
-    ResponsePoint previous;
-    for (int64_t i = 0; i < n; ++i) {
-        ResponsePoint p{f[i], 20 * std::log10(std::abs(h[i])), std::arg(h[i]) * kDegrees};
-        if (i == 0) {
-            if (std::isnan(level)) level = p.gain - drop;
-        } else {
-            p.phase -= 360 * std::round((p.phase - previous.phase) / 360);
-            const double a = byPhase ? previous.phase : previous.gain, b = byPhase ? p.phase : p.gain;
-            if (a >= level && b < level) {
-                const double s = (level - a) / (b - a);
-                const bool logScale = previous.f > 0 && p.f > 0;
-                const double u0 = logScale ? std::log10(previous.f) : previous.f, u1 = logScale ? std::log10(p.f) : p.f;
-                const double u = u0 + s * (u1 - u0);
-                return {logScale ? std::pow(10, u) : u, previous.gain + s * (p.gain - previous.gain),
-                        previous.phase + s * (p.phase - previous.phase)};
-            }
-        }
-        previous = p;
+constexpr double kDegrees = 180 / std::numbers::pi;
+
+double gainDb(Complex h) { return 10 * std::log10(std::norm(h)); }
+
+// The phases of h[0 … last] in degrees, unwrapped from the first one's, into `phase`.
+void unwrappedPhases(const Complex* h, int64_t last, std::vector<double>& phase) {
+    phase.resize(static_cast<size_t>(last) + 1);
+    for (int64_t i = 0; i <= last; ++i) {
+        double p = std::arg(h[i]) * kDegrees;
+        if (i > 0) p -= 360 * std::round((p - phase[static_cast<size_t>(i) - 1]) / 360);
+        phase[static_cast<size_t>(i)] = p;
     }
-    return {};
+}
+
+// The point a fraction s of the way from point i to i + 1, over log10 f (over f where a
+// frequency is not above 0).
+ResponsePoint between(const double* f, const Complex* h, const std::vector<double>& phase, int64_t i, double s) {
+    const bool logScale = f[i] > 0 && f[i + 1] > 0;
+    const double u0 = logScale ? std::log10(f[i]) : f[i], u1 = logScale ? std::log10(f[i + 1]) : f[i + 1];
+    const double u = u0 + s * (u1 - u0);
+    const double g0 = gainDb(h[i]), g1 = gainDb(h[i + 1]);
+    const auto k = static_cast<size_t>(i);
+    return {logScale ? std::pow(10, u) : u, g0 + s * (g1 - g0),
+            k + 1 < phase.size() ? phase[k] + s * (phase[k + 1] - phase[k]) : kNaN};
+}
+
+// The first place where the gain falls through `level` dB (NaN: the first point's gain less
+// `drop`), or with `byPhase` the phase through `level` degrees, with the gain and (when `withPhase`
+// or `byPhase`) the phase interpolated there; NaN f when there is none. The gain is searched on
+// |h|² against the level's power, so only the points of the crossing take a logarithm; the phases
+// are unwrapped only as far as they are needed.
+ResponsePoint firstFall(const Complex* h, const double* f, int64_t n, bool byPhase, bool withPhase, double level,
+                        double drop) {
+    std::vector<double> phase;
+    int64_t i = 0;
+    double s = 0;
+    if (byPhase) {
+        unwrappedPhases(h, n - 1, phase);
+        while (i + 1 < n && !(phase[static_cast<size_t>(i)] >= level && phase[static_cast<size_t>(i) + 1] < level)) ++i;
+        if (i + 1 >= n) return {};
+        s = (level - phase[static_cast<size_t>(i)]) / (phase[static_cast<size_t>(i) + 1] - phase[static_cast<size_t>(i)]);
+    } else {
+        if (n < 2) return {};
+        if (std::isnan(level)) level = gainDb(h[0]) - drop;
+        const double power = std::pow(10, level / 10);
+        while (i + 1 < n && !(std::norm(h[i]) >= power && std::norm(h[i + 1]) < power)) ++i;
+        if (i + 1 >= n) return {};
+        const double g0 = gainDb(h[i]), g1 = gainDb(h[i + 1]);
+        s = std::clamp((level - g0) / (g1 - g0), 0.0, 1.0);
+        if (withPhase) unwrappedPhases(h, i + 1, phase);
+    }
+    return between(f, h, phase, i, s);
 }
 
 FUNC_ERROR response(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
@@ -651,7 +682,7 @@ FUNC_ERROR response(const FuncArgs& args, FuncResult* result, const FuncInfo* in
     }
     const PhysType unit = op == Response::Bandwidth || op == Response::Unity ? args.refPhysType(0) : units::Number;
     const double level = op == Response::Bandwidth ? kNaN : o.byPhase ? -180 : 0;
-    const ResponsePoint p = firstFall(h, f, args.length(0), o.byPhase, level, drop);
+    const ResponsePoint p = firstFall(h, f, args.length(0), o.byPhase, op == Response::PhaseMargin, level, drop);
     if (std::isnan(p.f)) return noValue(args, result, info, messages, unit, o.none);
     switch (op) {
         case Response::PhaseMargin: return writeValue(result, unit, 180 + p.phase);
