@@ -489,8 +489,11 @@ FUNC_ERROR thd(WAVEX_HANDLER_PARAMS) {
         return failed ? FUNC_FAILED : writeValue(result, units::Number, kNaN);
     const int64_t count = r.harmonics + 1;
     std::vector<Complex> c(static_cast<size_t>(count));
-    const double period = 1 / r.f0, end = r.x[r.n - 1];
-    support_Harmonics(r.y, r.x, r.n, r.f0, end - period, 2,
+    const double period = 1 / r.f0, start = r.x[r.n - 1] - period;
+    // Only the last period and the points its interpolation reaches back to: found by bisection,
+    // so the work does not grow with the record.
+    const int64_t from = std::max<int64_t>(std::upper_bound(r.x, r.x + r.n, start) - r.x - 3, 0);
+    support_Harmonics(r.y + from, r.x + from, r.n - from, r.f0, start, 2,
                       support_HarmonicPoints(std::max<int64_t>(sp_GetIntOption("InterpPts", 1024), 2 * count)),
                       c.data(), count);
     double power = 0;
@@ -611,54 +614,75 @@ constexpr double kDegrees = 180 / std::numbers::pi;
 
 double gainDb(Complex h) { return 10 * std::log10(std::norm(h)); }
 
-// The phases of h[0 … last] in degrees, unwrapped from the first one's, into `phase`.
-void unwrappedPhases(const Complex* h, int64_t last, std::vector<double>& phase) {
-    phase.resize(static_cast<size_t>(last) + 1);
-    for (int64_t i = 0; i <= last; ++i) {
-        double p = std::arg(h[i]) * kDegrees;
-        if (i > 0) p -= 360 * std::round((p - phase[static_cast<size_t>(i) - 1]) / 360);
-        phase[static_cast<size_t>(i)] = p;
+// The phase of h[i] in degrees unwrapped from the first point's, arg(h[i]) + 360·turns, walked
+// point by point without an arctangent: `turns` changes where h passes the negative real axis
+// between two points, down by one as the phase falls through an odd multiple of 180 degrees (the
+// chord from h[i] to h[i + 1] meets the real axis left of 0, clockwise), up by one as it rises.
+// This is the unwrapping that takes the shorter way round between neighbouring points.
+struct PhaseWalk {
+    const Complex* h;
+    int64_t i = 0;
+    int turns = 0;
+
+    static bool upper(Complex z) { return z.imag() > 0 || (z.imag() == 0 && z.real() < 0); }  // arg in (0, 180]
+    void step() {
+        const Complex a = h[i], b = h[++i];
+        if (upper(a) == upper(b)) return;
+        const double cross = a.real() * b.imag() - a.imag() * b.real();
+        if (cross / (b.imag() - a.imag()) < 0) turns += cross < 0 ? -1 : 1;
     }
-}
+    double phase() const { return std::arg(h[i]) * kDegrees + 360.0 * turns; }
+    // The phase is below −180 degrees.
+    bool belowHalfTurn() const { return turns < -1 || (turns == -1 && !(h[i].imag() == 0 && h[i].real() < 0)); }
+};
 
 // The point a fraction s of the way from point i to i + 1, over log10 f (over f where a
-// frequency is not above 0).
-ResponsePoint between(const double* f, const Complex* h, const std::vector<double>& phase, int64_t i, double s) {
+// frequency is not above 0); the phase only when asked for.
+ResponsePoint between(const double* f, const Complex* h, int64_t i, double s, bool withPhase) {
     const bool logScale = f[i] > 0 && f[i + 1] > 0;
     const double u0 = logScale ? std::log10(f[i]) : f[i], u1 = logScale ? std::log10(f[i + 1]) : f[i + 1];
     const double u = u0 + s * (u1 - u0);
     const double g0 = gainDb(h[i]), g1 = gainDb(h[i + 1]);
-    const auto k = static_cast<size_t>(i);
-    return {logScale ? std::pow(10, u) : u, g0 + s * (g1 - g0),
-            k + 1 < phase.size() ? phase[k] + s * (phase[k + 1] - phase[k]) : kNaN};
+    ResponsePoint p{logScale ? std::pow(10, u) : u, g0 + s * (g1 - g0), kNaN};
+    if (withPhase) {
+        PhaseWalk w{h};
+        while (w.i < i) w.step();
+        const double p0 = w.phase();
+        w.step();
+        p.phase = p0 + s * (w.phase() - p0);
+    }
+    return p;
 }
 
 // The first place where the gain falls through `level` dB (NaN: the first point's gain less
-// `drop`), or with `byPhase` the phase through `level` degrees, with the gain and (when `withPhase`
-// or `byPhase`) the phase interpolated there; NaN f when there is none. The gain is searched on
-// |h|² against the level's power, so only the points of the crossing take a logarithm; the phases
-// are unwrapped only as far as they are needed.
-ResponsePoint firstFall(const Complex* h, const double* f, int64_t n, bool byPhase, bool withPhase, double level,
-                        double drop) {
-    std::vector<double> phase;
+// `drop`), with the gain and (when `withPhase`) the phase interpolated there; NaN f when there is
+// none. The gain is searched on |h|² against the level's power, so only the points of the
+// crossing take a logarithm.
+ResponsePoint gainFall(const Complex* h, const double* f, int64_t n, double level, double drop, bool withPhase) {
+    if (n < 2) return {};
+    if (std::isnan(level)) level = gainDb(h[0]) - drop;
+    const double power = std::pow(10, level / 10);
     int64_t i = 0;
-    double s = 0;
-    if (byPhase) {
-        unwrappedPhases(h, n - 1, phase);
-        while (i + 1 < n && !(phase[static_cast<size_t>(i)] >= level && phase[static_cast<size_t>(i) + 1] < level)) ++i;
-        if (i + 1 >= n) return {};
-        s = (level - phase[static_cast<size_t>(i)]) / (phase[static_cast<size_t>(i) + 1] - phase[static_cast<size_t>(i)]);
-    } else {
-        if (n < 2) return {};
-        if (std::isnan(level)) level = gainDb(h[0]) - drop;
-        const double power = std::pow(10, level / 10);
-        while (i + 1 < n && !(std::norm(h[i]) >= power && std::norm(h[i + 1]) < power)) ++i;
-        if (i + 1 >= n) return {};
-        const double g0 = gainDb(h[i]), g1 = gainDb(h[i + 1]);
-        s = std::clamp((level - g0) / (g1 - g0), 0.0, 1.0);
-        if (withPhase) unwrappedPhases(h, i + 1, phase);
+    while (i + 1 < n && !(std::norm(h[i]) >= power && std::norm(h[i + 1]) < power)) ++i;
+    if (i + 1 >= n) return {};
+    const double g0 = gainDb(h[i]), g1 = gainDb(h[i + 1]);
+    return between(f, h, i, std::clamp((level - g0) / (g1 - g0), 0.0, 1.0), withPhase);
+}
+
+// The first place where the phase falls through −180 degrees, with the gain interpolated there.
+ResponsePoint halfTurnFall(const Complex* h, const double* f, int64_t n) {
+    PhaseWalk w{h};
+    for (bool below = w.belowHalfTurn(); w.i + 1 < n;) {
+        const int turnsBefore = w.turns;
+        w.step();
+        const bool wasBelow = below;
+        below = w.belowHalfTurn();
+        if (wasBelow || !below) continue;
+        const int64_t i = w.i - 1;
+        const double p0 = std::arg(h[i]) * kDegrees + 360.0 * turnsBefore, p1 = w.phase();
+        return between(f, h, i, std::clamp((-180 - p0) / (p1 - p0), 0.0, 1.0), false);
     }
-    return between(f, h, phase, i, s);
+    return {};
 }
 
 FUNC_ERROR response(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
@@ -681,8 +705,10 @@ FUNC_ERROR response(const FuncArgs& args, FuncResult* result, const FuncInfo* in
         }
     }
     const PhysType unit = op == Response::Bandwidth || op == Response::Unity ? args.refPhysType(0) : units::Number;
-    const double level = op == Response::Bandwidth ? kNaN : o.byPhase ? -180 : 0;
-    const ResponsePoint p = firstFall(h, f, args.length(0), o.byPhase, op == Response::PhaseMargin, level, drop);
+    const int64_t n = args.length(0);
+    const ResponsePoint p = o.byPhase ? halfTurnFall(h, f, n)
+                                      : gainFall(h, f, n, op == Response::Bandwidth ? kNaN : 0, drop,
+                                                 op == Response::PhaseMargin);
     if (std::isnan(p.f)) return noValue(args, result, info, messages, unit, o.none);
     switch (op) {
         case Response::PhaseMargin: return writeValue(result, unit, 180 + p.phase);
