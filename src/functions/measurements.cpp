@@ -178,13 +178,7 @@ constexpr PulseOp kPulses[] = {
     {Pulse::Settling, -1, 2, 0, "transition"},
 };
 
-consteval bool pulsesComplete() {
-    if (std::size(kPulses) != static_cast<size_t>(Pulse::Count)) return false;
-    for (size_t i = 0; i < std::size(kPulses); ++i)
-        if (static_cast<size_t>(kPulses[i].op) != i) return false;
-    return true;
-}
-static_assert(pulsesComplete(), "row i holds measurement i");
+static_assert(rowsInOrder(kPulses, &PulseOp::op), "row i holds measurement i");
 
 // The largest excursion beyond the level the transition goes to, points first .. last.
 double overshoot(const double* y, int64_t first, int64_t last, const Transition& t, const Levels& l) {
@@ -340,13 +334,7 @@ constexpr CycleOp kCycles[] = {
     {Cycle::Frequency, "whole cycle"},
 };
 
-consteval bool cyclesComplete() {
-    if (std::size(kCycles) != static_cast<size_t>(Cycle::Count)) return false;
-    for (size_t i = 0; i < std::size(kCycles); ++i)
-        if (static_cast<size_t>(kCycles[i].op) != i) return false;
-    return true;
-}
-static_assert(cyclesComplete(), "row i holds measurement i");
+static_assert(rowsInOrder(kCycles, &CycleOp::op), "row i holds measurement i");
 
 FUNC_ERROR cycle(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
                  Cycle op) {
@@ -427,13 +415,7 @@ constexpr SineOp kSines[] = {
     {Sine::Enob, false, true},
 };
 
-consteval bool sinesComplete() {
-    if (std::size(kSines) != static_cast<size_t>(Sine::Count)) return false;
-    for (size_t i = 0; i < std::size(kSines); ++i)
-        if (static_cast<size_t>(kSines[i].op) != i) return false;
-    return true;
-}
-static_assert(sinesComplete(), "row i holds measurement i");
+static_assert(rowsInOrder(kSines, &SineOp::op), "row i holds measurement i");
 
 // The checks every distortion measurement makes. False after a message: `failed` tells whether
 // the call fails (bad arguments) or the run gives NaN (a warning).
@@ -616,13 +598,7 @@ constexpr ResponseOp kResponses[] = {
     {Response::GainMargin, true, "fall of the phase through -180 degrees"},
 };
 
-consteval bool responsesComplete() {
-    if (std::size(kResponses) != static_cast<size_t>(Response::Count)) return false;
-    for (size_t i = 0; i < std::size(kResponses); ++i)
-        if (static_cast<size_t>(kResponses[i].op) != i) return false;
-    return true;
-}
-static_assert(responsesComplete(), "row i holds measurement i");
+static_assert(rowsInOrder(kResponses, &ResponseOp::op), "row i holds measurement i");
 
 struct ResponsePoint {
     double f = kNaN, gain = kNaN, phase = kNaN;
@@ -742,31 +718,171 @@ FUNC_ERROR responseHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kResponseArgs[] = {ARG_NUMERIC, ARG_REAL};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-constexpr int kTwoEach[] = {MULTI_EACH, MULTI_EACH, MULTI_NONE, MULTI_NONE, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"Bandwidth", kResponseArgs, 1, 2, responseHandler<Response::Bandwidth>, kFirstEach, kNoOption},
-    {"Delay", kReals, 4, 6, delay, kTwoEach, kNoOption},
-    {"DutyCycle", kReals, 1, 2, cycleHandler<Cycle::Duty>, kFirstEach, kNoOption},
-    {"ENOB", kReals, 2, 2, sineHandler<Sine::Enob>, kFirstEach, kNoOption},
-    {"FallTime", kReals, 1, 3, pulseHandler<Pulse::Fall>, kFirstEach, kNoOption},
-    {"Frequency", kReals, 1, 3, cycleHandler<Cycle::Frequency>, kFirstEach, kNoOption},
-    {"GainMargin", kResponseArgs, 1, 1, responseHandler<Response::GainMargin>, kFirstEach, kNoOption},
-    {"Overshoot", kReals, 1, 2, pulseHandler<Pulse::Overshoot>, kFirstEach, kNoOption},
-    {"PhaseMargin", kResponseArgs, 1, 1, responseHandler<Response::PhaseMargin>, kFirstEach, kNoOption},
-    {"PulseWidth", kReals, 1, 2, cycleHandler<Cycle::Width>, kFirstEach, kNoOption},
-    {"RiseTime", kReals, 1, 3, pulseHandler<Pulse::Rise>, kFirstEach, kNoOption},
-    {"SFDR", kReals, 2, 2, sfdr, kFirstEach, kNoOption},
-    {"SINAD", kReals, 2, 2, sineHandler<Sine::Sinad>, kFirstEach, kNoOption},
-    {"SNR", kReals, 2, 3, sineHandler<Sine::Snr>, kFirstEach, kNoOption},
-    {"SettlingTime", kReals, 2, 3, pulseHandler<Pulse::Settling>, kFirstEach, kNoOption},
-    {"SlewRate", kReals, 1, 3, pulseHandler<Pulse::Slew>, kFirstEach, kNoOption},
-    {"StateLevels", kReals, 1, 2, stateLevels, kFirstEach, kNoOption},
-    {"THD", kReals, 2, 3, thd, kFirstEach, kNoOption},
-    {"UnityGainFrequency", kResponseArgs, 1, 1, responseHandler<Response::Unity>, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"Bandwidth", {arg::Curve.each(), arg::Real}, 1, responseHandler<Response::Bandwidth>,
+     {.signature = "Bandwidth(h [, dropDb])",
+      .summary = "The first frequency where the gain falls dropDb below its value at the first "
+                 "point.",
+      .returns = "a number per run, in h's x unit (Hz)",
+      .notes = "dropDb defaults to 3. h is a complex response over frequency; gain in dB "
+               "interpolated linearly over log10 f. Real data fail; a gain that never falls that "
+               "far is NaN with a warning naming the run.",
+      .example = "f = 10^(vector(401)/100); f = XY(f, f); Bandwidth(1/(1 + (0, 1)*f/1k))"}},
+    {"Delay", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real, arg::Real, arg::Real}, 4, delay,
+     {.signature = "Delay(trigger, target, trigLevel, targLevel [, trigEdge [, targEdge]])",
+      .summary = "For each crossing of the trigger level, the time to the next crossing of the "
+                 "target level.",
+      .returns = "a curve per run over the trigger crossings, in the x unit",
+      .notes = "Edges: 1 rising (trigEdge's default), -1 falling, 0 both; targEdge defaults to "
+               "trigEdge. Crossings are linear; the target crossing may be at the trigger time. "
+               "Both signals step through their runs together. A trigger without a target "
+               "crossing after it gives NaN with a warning.",
+      .example = "Delay(XY([0, 1, 1, 0, 0, 1], [0, 1, 2, 3, 4, 5]), XY([0, 0, 1, 1, 0, 0, 1], "
+                 "[0, 1, 2, 3, 4, 5, 6]), 0.5, 0.5)"}},
+    {"DutyCycle", {arg::Real.each(), arg::Real}, 1, cycleHandler<Cycle::Duty>,
+     {.signature = "DutyCycle(v [, level])",
+      .summary = "Pulse width over cycle time for each whole cycle, from one rising crossing of "
+                 "the level to the next.",
+      .returns = "a curve per run of ratios 0 to 1, over the start of each cycle",
+      .notes = "level defaults to the 50 % reference of StateLevels. Crossings are linear. A run "
+               "without a whole cycle is NaN with a warning naming the run.",
+      .example = "DutyCycle(XY([0, 1, 1, 0, 0, 1, 1, 0], [0, 1, 2, 3, 5, 6, 7, 8]))"}},
+    {"ENOB", {arg::Real.each(), arg::Real}, 2, sineHandler<Sine::Enob>,
+     {.signature = "ENOB(v, f0)",
+      .summary = "Effective number of bits of a sampled sine: (SINAD - 1.76) / 6.02.",
+      .returns = "a number per run (bits)",
+      .notes = "See SINAD. f0 must be above 0; a run shorter than one period, or f0 above half "
+               "the sample rate, is NaN with a warning.",
+      .example = "t = XY(vector(1001)*1u, vector(1001)*1u); ENOB(sin(2*pi*2k*t) + "
+                 "0.01*sin(2*pi*4k*t), 2k)"}},
+    {"FallTime", {arg::Real.each(), arg::Real, arg::Real}, 1, pulseHandler<Pulse::Fall>,
+     {.signature = "FallTime(v [, [lowPct, highPct] [, [low, high]]])",
+      .summary = "The duration of each falling transition between the reference levels.",
+      .returns = "a curve per run in the x unit, over where each transition leaves the high "
+                 "reference",
+      .notes = "Percents default to [10, 90] of high - low above low; [low, high] defaults to "
+               "StateLevels. A transition runs from the last falling crossing of the high "
+               "reference to the next falling crossing of the low one. Crossings are linear. No "
+               "transition: NaN with a warning naming the run.",
+      .example = "FallTime(XY([1, 1, 0, 0], [0, 1, 3, 4]), [10, 90], [0, 1])"}},
+    {"Frequency", {arg::Real.each(), arg::Real, arg::Real}, 1, cycleHandler<Cycle::Frequency>,
+     {.signature = "Frequency(v [, level [, hysteresis]])",
+      .summary = "1 / the period of each cycle between rising crossings of the level.",
+      .returns = "a curve per run in 1 / the x unit (Hz), over the start of each cycle",
+      .notes = "level defaults to the 50 % reference of StateLevels. With a hysteresis above 0 a "
+               "crossing counts only after v has been below level - hysteresis since the last "
+               "one. Crossings are linear.",
+      .example = "Frequency(XY([0, 1, 1, 0, 0, 1, 1, 0], [0, 1, 2, 3, 5, 6, 7, 8]))"}},
+    {"GainMargin", {arg::Curve.each()}, 1, responseHandler<Response::GainMargin>,
+     {.signature = "GainMargin(h)",
+      .summary = "Minus the gain in dB where the phase of a loop gain first falls through -180 "
+                 "degrees.",
+      .returns = "a number per run (dB)",
+      .notes = "h is a complex response over frequency; phase unwrapped from the first point's, "
+               "gain and phase interpolated linearly over log10 f. A phase that never falls "
+               "through -180 degrees is NaN with a warning.",
+      .example = "f = 10^(vector(601)/100); f = XY(f, f); GainMargin(2/(1 + (0, 1)*f/1k)^3)"}},
+    {"Overshoot", {arg::Real.each(), arg::Real}, 1, pulseHandler<Pulse::Overshoot>,
+     {.signature = "Overshoot(v [, [low, high]])",
+      .summary = "The largest excursion beyond the level each transition goes to, in % of high - "
+                 "low.",
+      .returns = "a curve per run (%), over where each transition starts",
+      .notes = "Measured from the transition's end (90 % or 10 %) to the start of the next "
+               "transition or the end of the data; 0 when v never passes the level. [low, high] "
+               "defaults to StateLevels.",
+      .example = "Overshoot(XY([0, 0, 1.2, 0.9, 1, 1], [0, 1, 2, 3, 4, 5]), [0, 1])"}},
+    {"PhaseMargin", {arg::Curve.each()}, 1, responseHandler<Response::PhaseMargin>,
+     {.signature = "PhaseMargin(h)",
+      .summary = "180 + the phase in degrees of a loop gain where its gain first falls through 0 "
+                 "dB.",
+      .returns = "a number per run (degrees)",
+      .notes = "h is a complex response over frequency; phase unwrapped from the first point's, "
+               "interpolated linearly over log10 f. No unity-gain crossing: NaN with a warning.",
+      .example = "f = 10^(vector(601)/100); f = XY(f, f); PhaseMargin(1e4/((1 + (0, 1)*f/10)*(1 "
+                 "+ (0, 1)*f/10k)))"}},
+    {"PulseWidth", {arg::Real.each(), arg::Real}, 1, cycleHandler<Cycle::Width>,
+     {.signature = "PulseWidth(v [, level])",
+      .summary = "The time from each rising crossing of the level to the next falling one.",
+      .returns = "a curve per run in the x unit, over the rising crossings",
+      .notes = "level defaults to the 50 % reference of StateLevels. Crossings are linear. No "
+               "whole pulse: NaN with a warning naming the run.",
+      .example = "PulseWidth(XY([0, 1, 1, 0, 0, 1, 1, 0], [0, 1, 2, 3, 5, 6, 7, 8]))"}},
+    {"RiseTime", {arg::Real.each(), arg::Real, arg::Real}, 1, pulseHandler<Pulse::Rise>,
+     {.signature = "RiseTime(v [, [lowPct, highPct] [, [low, high]]])",
+      .summary = "The duration of each rising transition between the reference levels.",
+      .returns = "a curve per run in the x unit, over where each transition leaves the low "
+                 "reference",
+      .notes = "Percents default to [10, 90] of high - low above low; [low, high] defaults to "
+               "StateLevels. A transition runs from the last rising crossing of the low reference "
+               "to the first rising crossing of the high one after it; ringing back through the "
+               "high reference is no new transition. Crossings are linear. No transition: NaN "
+               "with a warning naming the run.",
+      .example = "RiseTime(XY([0, 0, 1, 1], [0, 1, 2, 3]), [10, 90], [0, 1])"}},
+    {"SFDR", {arg::Real.each(), arg::Real}, 2, sfdr,
+     {.signature = "SFDR(v, f0)",
+      .summary = "dB from the fundamental's peak in fft's spectrum to the largest other peak.",
+      .returns = "a number per run (dB)",
+      .notes = "fft's default window; DC and 3 bins on either side of the fundamental are left "
+               "out. f0 must be above 0; a run shorter than one period, or f0 above half the "
+               "sample rate, is NaN with a warning.",
+      .example = "t = XY(vector(1024)/1024, vector(1024)/1024); SFDR(sin(2*pi*64*t) + "
+                 "0.01*sin(2*pi*192*t), 64)"}},
+    {"SINAD", {arg::Real.each(), arg::Real}, 2, sineHandler<Sine::Sinad>,
+     {.signature = "SINAD(v, f0)",
+      .summary = "Signal to noise and distortion of a sampled sine, in dB.",
+      .returns = "a number per run (dB)",
+      .notes = "DC + cos + sin at f0 fitted by least squares over the whole record; 10 "
+               "log10(fundamental power / mean squared residual). Points with NaN are left out. "
+               "f0 must be above 0.",
+      .example = "t = XY(vector(1001)*1u, vector(1001)*1u); SINAD(sin(2*pi*2k*t) + "
+                 "0.01*sin(2*pi*4k*t), 2k)"}},
+    {"SNR", {arg::Real.each(), arg::Real, arg::Real}, 2, sineHandler<Sine::Snr>,
+     {.signature = "SNR(v, f0 [, harmonics])",
+      .summary = "Signal to noise of a sampled sine in dB, harmonics 2 to H fitted out.",
+      .returns = "a number per run (dB)",
+      .notes = "As SINAD with harmonics 2 to H (default 10, at most 1000) in the fit.",
+      .example = "t = XY(vector(1001)*1u, vector(1001)*1u); SNR(sin(2*pi*2k*t) + "
+                 "0.01*sin(2*pi*4k*t) + 0.001*sin(2*pi*37.3k*t), 2k)"}},
+    {"SettlingTime", {arg::Real.each(), arg::Real, arg::Real}, 2, pulseHandler<Pulse::Settling>,
+     {.signature = "SettlingTime(v, tolerancePct [, [low, high]])",
+      .summary = "For each transition, the time from its 50 % crossing until v last enters the "
+                 "band about its final level.",
+      .returns = "a curve per run in the x unit, over where each transition starts",
+      .notes = "The band is the final level +- tolerancePct % of high - low; v must stay in it "
+               "until the next transition starts or the data end, else NaN with a warning. [low, "
+               "high] defaults to StateLevels.",
+      .example = "SettlingTime(XY([0, 0, 1.2, 0.9, 1, 1], [0, 1, 2, 3, 4, 5]), 5, [0, 1])"}},
+    {"SlewRate", {arg::Real.each(), arg::Real, arg::Real}, 1, pulseHandler<Pulse::Slew>,
+     {.signature = "SlewRate(v [, [lowPct, highPct] [, [low, high]]])",
+      .summary = "(high reference - low reference) / duration of every transition, in time order.",
+      .returns = "a curve per run in y unit / x unit (V/s), negative for falling transitions",
+      .notes = "Transitions as for RiseTime and FallTime.",
+      .example = "SlewRate(XY([0, 0, 1, 1, 0], [0, 1, 2, 3, 5]), [10, 90], [0, 1])"}},
+    {"StateLevels", {arg::Real.each(), arg::Real}, 1, stateLevels,
+     {.signature = "StateLevels(v [, bins])",
+      .summary = "The low and high levels of a two-level signal by the histogram method.",
+      .returns = "[low, high] per run, in v's unit",
+      .notes = "bins (default 100, at least 2) equal bins over the finite range; low is the "
+               "centre of the fullest bin of the lower half, high of the upper half; ties go to "
+               "the outer bin. Fewer than two distinct values: NaN with a warning.",
+      .example = "StateLevels(XY([0, 0.1, 0, 4.9, 5, 5, 0], [0, 1, 2, 3, 4, 5, 6]))"}},
+    {"THD", {arg::Real.each(), arg::Real, arg::Real}, 2, thd,
+     {.signature = "THD(v, f0 [, harmonics])",
+      .summary = "Total harmonic distortion in %, from the harmonics of the last whole period.",
+      .returns = "a number per run (%)",
+      .notes = "sqrt(sum of |c_k|^2, k = 2 to H) / |c_1| with the harmonics Fourier computes over "
+               "the last period; H defaults to 10. f0 must be above 0; a run shorter than one "
+               "period, or f0 above half the sample rate, is NaN with a warning.",
+      .example = "t = XY(vector(1001)*1u, vector(1001)*1u); THD(sin(2*pi*2k*t) + "
+                 "0.1*sin(2*pi*4k*t), 2k)"}},
+    {"UnityGainFrequency", {arg::Curve.each()}, 1, responseHandler<Response::Unity>,
+     {.signature = "UnityGainFrequency(h)",
+      .summary = "The first frequency where the gain of h falls through 0 dB.",
+      .returns = "a number per run, in h's x unit (Hz)",
+      .notes = "h is a complex response over frequency; gain interpolated linearly over log10 f. "
+               "No crossing: NaN with a warning naming the run.",
+      .example = "f = 10^(vector(401)/100); f = XY(f, f); UnityGainFrequency(100/(1 + (0, "
+                 "1)*f/100))"}},
 };
 
 const FuncFamily family(kFunctions);
