@@ -11,9 +11,8 @@
 // ln y; the kind is the word "poly" (the default), "logx", "logy" or "log", in any case.
 //
 // How: u is centred and scaled onto [−1, 1], t = (u − centre) / scale, so high orders stay well
-// conditioned; the rows [1, t, …, t^m | w] are folded block by block into a triangular system by
-// Householder QR (nothing as large as the data is made), which a complete orthogonal decomposition
-// then solves. Data that cannot tell all m + 1 coefficients apart (repeated x-values) gets the
+// conditioned; the rows [1, t, …, t^m | w] go to the block QR solver of support/least_squares
+// (nothing as large as the data is made). Data that cannot tell all m + 1 coefficients apart (repeated x-values) gets the
 // least-squares solution of least norm in t. The coefficients are then carried back to powers of
 // u; CurveFitPlot evaluates the polynomial in t, which stays accurate where the powers of u lose
 // digits to cancellation.
@@ -30,20 +29,11 @@
 //   "Argument %d in function '%s' has no reference (xvalues)";
 //   "Unknown fit kind '%s' in function '%s'"          CurveFitPlot's third argument.
 #include "support/interpolation.hpp"
+#include "support/least_squares.hpp"
 #include "support/numbers.hpp"
 #include "support/text.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
-
-// GCC 12 warns falsely inside its own AVX-512 intrinsics as Eigen uses them.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <Eigen/Dense>
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
 
 #include <algorithm>
 #include <cmath>
@@ -75,25 +65,25 @@ static_assert(rowsInOrder(kFits, &FitOp::op, [](const FitOp& c) { return c.kind 
 
 // Σ a_k t^k with t = (u − centre) / scale.
 struct Polynomial {
-    Eigen::VectorXd a;
+    std::vector<double> a;
     double centre = 0, scale = 1;
 
     double operator()(double u) const {
         const double t = (u - centre) / scale;
         double p = 0;
-        for (Eigen::Index k = a.size(); k-- > 0;) p = p * t + a[k];
+        for (size_t k = a.size(); k-- > 0;) p = p * t + a[k];
         return p;
     }
 
     // The coefficients of the same polynomial in powers of u: Horner's scheme run on polynomials,
     // q ← q·(u − centre)/scale + a_k.
     std::vector<double> powersOfU() const {
-        const auto m = static_cast<size_t>(a.size() - 1);
+        const size_t m = a.size() - 1;
         std::vector<double> c(m + 1, 0.0);
-        c[0] = a[static_cast<Eigen::Index>(m)];
+        c[0] = a[m];
         for (size_t k = m, degree = 0; k-- > 0; ++degree) {
             for (size_t j = degree + 1; j > 0; --j) c[j] = (c[j - 1] - centre * c[j]) / scale;
-            c[0] = a[static_cast<Eigen::Index>(k)] - centre * c[0] / scale;
+            c[0] = a[k] - centre * c[0] / scale;
         }
         return c;
     }
@@ -134,29 +124,18 @@ Fitted fitPolynomial(const FitOp& o, const double* x, const double* y, int64_t n
     if (!(f.p.scale > 0)) f.p.scale = 1.0;  // x-values so close that their logarithms coincide
     const double inverseScale = 1 / f.p.scale;
 
-    // Pass 2: the top m + 1 rows of `rows` hold R and Qᵀw of the points so far; each block of
-    // points is put under them and the whole triangularised again.
-    constexpr Eigen::Index kBlock = 1024;
-    const Eigen::Index terms = m + 1;
-    Eigen::MatrixXd rows = Eigen::MatrixXd::Zero(terms + kBlock, terms + 1);
-    Eigen::HouseholderQR<Eigen::MatrixXd> qr(rows.rows(), rows.cols());
-    Eigen::Index filled = terms;
-    auto fold = [&] {
-        qr.compute(rows.topRows(filled));
-        rows.topRows(terms) = qr.matrixQR().topRows(terms).triangularView<Eigen::Upper>();
-        filled = terms;
-    };
+    // Pass 2: the rows [1, t, …, t^m | w] into the solver.
+    LeastSquares solver(m + 1);
     for (int64_t i = 0; i < n; ++i) {
         if (!std::isfinite(x[i]) || !std::isfinite(y[i])) continue;
         const double t = (u(x[i]) - f.p.centre) * inverseScale;
+        double* row = solver.row();
         double power = 1;
-        for (Eigen::Index k = 0; k < terms; ++k, power *= t) rows(filled, k) = power;
-        rows(filled, terms) = w(y[i]);
-        if (++filled == rows.rows()) fold();
+        for (int k = 0; k <= m; ++k, power *= t) row[k] = power;
+        row[m + 1] = w(y[i]);
+        solver.add();
     }
-    if (filled > terms) fold();
-    Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd> solver(rows.topLeftCorner(terms, terms));
-    f.p.a = solver.solve(rows.col(terms).head(terms));
+    f.p.a = solver.solve();
     return f;
 }
 

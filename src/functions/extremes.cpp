@@ -6,6 +6,7 @@
 #include "support/interpolation.hpp"
 #include "support/numbers.hpp"
 #include "support/text.hpp"
+#include "support/transitions.hpp"
 #include "wavex/array.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
@@ -217,11 +218,13 @@ FUNC_ERROR extremaHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- CyclePeriod -------------------------------------------------------------------------------
 //
-// CyclePeriod(v [, level]): the period of each cycle, the time from one rising crossing of the
-// level to the next, over the time of the crossing that starts the cycle. The crossings are those
-// of XFromY (support_FindYFromX, rising only, interpolation order the option InterpOrder, default
-// 2). The level defaults to midway between the smallest and largest finite values of the
-// division; NaN or [] also means the default. Units: the y and x units are both v's x unit, and
+// CyclePeriod(v [, level [, hysteresis]]): the period of each cycle, the time from one rising
+// crossing of the level to the next, over the time of the crossing that starts the cycle. The
+// crossings are those of XFromY (support_FindYFromX, rising only, interpolation order the option
+// InterpOrder, default 2). The level defaults to midway between the smallest and largest finite
+// values of the division; NaN or [] also means the default. With a hysteresis above 0 a crossing
+// counts only after v has been below level − hysteresis since the last one counted, so noise
+// about the level makes no short cycles. Units: the y and x units are both v's x unit, and
 // the reference name is v's. Fewer than two rising crossings (a flat, empty or all-NaN curve) give
 // an empty curve. A curve without reference fails with "Argument 1 in function '%s' has no
 // reference (xvalues)".
@@ -245,23 +248,20 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     double level = args.count() > 1 ? args.scalar(1) : kNaN;
     if (std::isnan(level)) level = midway(y, n);
 
-    InterpOpts opts{};
-    opts.levelSearch = 1;
-    opts.direction = 1;
-    opts.order = std::max(sp_GetIntOption("InterpOrder", 2), 1);
-    YList<double> crossings;
-    YList<long long> indices;
-    if (!std::isnan(level)) support_FindYFromX(crossings, indices, x, y, n, level, opts);
+    std::vector<Crossing> crossings;
+    if (!std::isnan(level))
+        crossings = support_Crossings(x, y, n, level, 1, std::max(sp_GetIntOption("InterpOrder", 2), 1));
+    const double hysteresis = args.count() > 2 ? args.scalar(2) : 0;
+    if (hysteresis > 0) support_KeepAfterDip(y, n, level - hysteresis, crossings);
 
-    const double* t = crossings.oldestFirst();  // in the order of the curve
     const auto periods = static_cast<int64_t>(crossings.size() > 1 ? crossings.size() - 1 : 0);
     result->setPhysType(args.refPhysType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_REAL);
     double* out = result->makeReal(periods, RESULT_RESHAPED, -1);
     double* at = result->makeRealRef(periods, RESULT_RESHAPED, -1);
     for (int64_t k = 0; k < periods; ++k) {
-        out[k] = t[k + 1] - t[k];
-        at[k] = t[k];
+        out[k] = crossings[k + 1].x - crossings[k].x;
+        at[k] = crossings[k].x;
     }
     result->setRefName(args.refName(0));
     return FUNC_OK;
@@ -270,14 +270,16 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod,
-     {.signature = "CyclePeriod(v [, level])",
+    {"CyclePeriod", {arg::Real.each(), arg::Real.each(), arg::Real}, 1, cyclePeriod,
+     {.signature = "CyclePeriod(v [, level [, hysteresis]])",
       .summary = "The period of each cycle of v: the time from one rising crossing of a level to the next.",
       .returns = "a real curve per run in v's x unit, over the x-values of the crossings that start the "
                  "cycles",
       .notes = "The crossings are XFromY's (rising only, order InterpOrder). level defaults to midway "
-               "between the run's smallest and largest finite values (NaN or [] too). Fewer than two "
-               "rising crossings give an empty curve; v needs x-values.",
+               "between the run's smallest and largest finite values (NaN or [] too). With a hysteresis "
+               "above 0 a crossing counts only after v has been below level - hysteresis since the last "
+               "one, so noise about the level makes no short cycles. Fewer than two rising crossings "
+               "give an empty curve; v needs x-values.",
       .example = "t = vector(41)/4; CyclePeriod(XY(sin(2.5132741228718345*t), t))"}},
     {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>,
      {.signature = "Maxima(v [, level [, options]])",

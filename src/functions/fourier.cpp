@@ -18,7 +18,6 @@
 #include "wavex/options.hpp"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -201,30 +200,6 @@ FUNC_ERROR fourierWindow(WAVEX_HANDLER_PARAMS) {
 constexpr int kIntegrateMode = 1;
 constexpr double kMaxIntegrationTerms = 1e10;  // harmonics × pieces: some seconds of work
 
-// e^(+2πi·k·q) for a real number of cycles q, reduced to the fraction of a cycle first so that
-// a large q (a late start time at a high frequency) keeps its accuracy.
-Complex cycles(double q) {
-    const double f = q - std::round(q);
-    return {std::cos(kTwoPi * f), std::sin(kTwoPi * f)};
-}
-
-// Σ_j y_j·e^(+2πi·k·f0·t_j)·2/P over P points resampled from start, k < n.
-void harmonicsResampled(const double* y, const double* x, int64_t length, double f0, double start, int order,
-                        Complex* out, int64_t n) {
-    const int64_t requested = std::max<int64_t>(sp_GetIntOption("InterpPts", 1024), 2 * n);
-    const size_t P = std::min(fftSize(static_cast<size_t>(requested)),
-                              std::bit_floor(static_cast<size_t>(support_MaxResamplePoints())));
-    Array<double> samples(P);
-    support_Resample(y, x, length, start, 1 / (f0 * static_cast<double>(P)), static_cast<int64_t>(P), order,
-                     samples.data());
-    Array<Complex> spectrum(P / 2);
-    realSpectrum(samples.data(), P, P, {1, 0}, 2.0 / static_cast<double>(P), spectrum.data());
-    spectrum[0].real(spectrum[0].real() / 2);
-    // The sum ran over j from the start of the period: refer the phases to x = 0.
-    const double q = f0 * start;
-    for (int64_t k = 0; k < n; ++k) out[k] = spectrum[k] * cycles(static_cast<double>(k) * (q - std::round(q)));
-}
-
 // ∫_0^1 (1 − s)·e^(iθs) ds and ∫_0^1 s·e^(iθs) ds: the weights of the two end values of a
 // straight piece. Near θ = 0 the closed forms cancel, so the series is summed there instead.
 void pieceWeights(double theta, Complex* first, Complex* second) {
@@ -265,7 +240,7 @@ void harmonicsIntegrated(const double* y, const double* x, int64_t length, doubl
         }
         const double h = b - a;
         if (h == 0) continue;
-        const Complex step = cycles(f0 * a);  // e^(2πi·f0·a), raised to the power k below
+        const Complex step = support_Cycles(f0 * a);  // e^(2πi·f0·a), raised to the power k below
         Complex rotation = 1;
         for (int64_t k = 0; k < n; ++k) {
             Complex wa, wb;
@@ -303,7 +278,8 @@ FUNC_ERROR fourier(WAVEX_HANDLER_PARAMS) {
     if (mode == kIntegrateMode)
         harmonicsIntegrated(y, x, length, f0, end - period, end, out, n);
     else
-        harmonicsResampled(y, x, length, f0, end - period, order, out, n);
+        support_Harmonics(y, x, length, f0, end - period, order,
+                          support_HarmonicPoints(std::max<int64_t>(sp_GetIntOption("InterpPts", 1024), 2 * n)), out, n);
     for (int64_t k = 0; k < n; ++k) f[k] = Complex(static_cast<double>(k) * f0, 0);
     setSpectrumUnits(args, result);
     return FUNC_OK;

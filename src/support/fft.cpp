@@ -1,5 +1,6 @@
 #include "support/fft.hpp"
 
+#include "support/interpolation.hpp"
 #include "wavex/array.hpp"
 
 #include <algorithm>
@@ -341,6 +342,33 @@ void realSpectrum(const double* x, size_t n, size_t N, CosineWindow window, doub
     transform(re, im, M, N, roots);
     reorder(re, im, M, out);
     splitReal(out, M, roots, scale);
+}
+
+}  // namespace wavex
+
+namespace wavex {
+
+Complex support_Cycles(double q) {
+    const double f = q - std::round(q);
+    return {std::cos(kTwoPi * f), std::sin(kTwoPi * f)};
+}
+
+size_t support_HarmonicPoints(int64_t requested) {
+    return std::min(fftSize(static_cast<size_t>(std::max<int64_t>(requested, 2))),
+                    std::bit_floor(static_cast<size_t>(support_MaxResamplePoints())));
+}
+
+void support_Harmonics(const double* y, const double* x, int64_t length, double f0, double start, int order,
+                       size_t P, Complex* out, int64_t n) {
+    Array<double> samples(P);
+    support_Resample(y, x, length, start, 1 / (f0 * static_cast<double>(P)), static_cast<int64_t>(P), order,
+                     samples.data());
+    Array<Complex> spectrum(P / 2);
+    realSpectrum(samples.data(), P, P, {1, 0}, 2.0 / static_cast<double>(P), spectrum.data());
+    spectrum[0].real(spectrum[0].real() / 2);
+    // The sum ran over j from the start of the period: refer the phases to x = 0.
+    const double q = f0 * start;
+    for (int64_t k = 0; k < n; ++k) out[k] = spectrum[k] * support_Cycles(static_cast<double>(k) * (q - std::round(q)));
 }
 
 }  // namespace wavex

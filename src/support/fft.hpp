@@ -21,6 +21,7 @@
 
 #include <complex>
 #include <cstddef>
+#include <cstdint>
 
 namespace wavex {
 
@@ -38,5 +39,20 @@ struct CosineWindow {
 // allocation throws).
 void realSpectrum(const double* x, size_t n, size_t N, CosineWindow window, double scale,
                   std::complex<double>* out);
+
+// e^(+2πi·q) for a real number of cycles q, reduced to the fraction of a cycle first so that a
+// large q (a late start time at a high frequency) keeps its accuracy.
+std::complex<double> support_Cycles(double q);
+
+// The points a period is resampled at for its harmonics: `requested` rounded up to a power of two,
+// within what memory allows for resampled curves.
+size_t support_HarmonicPoints(int64_t requested);
+
+// Harmonics 0 … n−1 of the fundamental f0 over the one period [start, start + 1/f0] of the curve
+// (x[i], y[i]), i < length: the period resampled at P evenly spaced points (a power of two, at
+// least 2n) with the interpolation of `order`, c_k = (2/P)·Σ_j y_j·e^(+2πi·k·f0·t_j), c_0 the mean,
+// phases referred to x = 0 (not to the start of the period).
+void support_Harmonics(const double* y, const double* x, int64_t length, double f0, double start, int order,
+                       size_t P, std::complex<double>* out, int64_t n);
 
 }  // namespace wavex
