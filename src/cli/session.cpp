@@ -70,11 +70,11 @@ Session::Session(Format format, bool strict, FILE* out, FILE* err)
       printer_([this](const VectorPtr& value, std::string_view label) { print(value, label); }) {}
 
 void Session::print(const VectorPtr& value, std::string_view label) {
+    messages_->flush();  // the warnings of the statement come before its value
     if (plot_ && plottable(value)) {
         plot_->add(value, std::string(label));
         return;
     }
-    messages_->flush();  // the warnings of the statement come before its value
     buffer_.clear();
     if (format_ == Format::Json) {
         io::appendJson(buffer_, value, label, statement_);

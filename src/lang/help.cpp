@@ -52,7 +52,7 @@ bool matches(std::string_view pattern, const std::string& name) {
 }
 
 VectorPtr help(std::string_view name, MessageHandler& messages) {
-    if (name.empty()) return makeStringVector({std::begin(kHelp), std::end(kHelp)});
+    if (name.empty()) return makeStringVector(std::vector<StrElem>(std::begin(kHelp), std::end(kHelp)));
     const FuncInfo* f = functionTable().find(name);
     if (!f || f->name[0] == '_') {
         messages.error("Unknown function '%s'%s", name, didYouMean(name, functionNames()));
@@ -78,7 +78,8 @@ VectorPtr functions(std::string_view pattern) {
         }
     if (rows.empty()) return makeStringVector({"No function matches '" + std::string(pattern) + "'"});
     std::vector<StrElem> out;
-    for (auto& [name, summary] : rows) out.emplace_back(name + std::string(width + 2 - name.size(), ' ') + summary);
+    for (auto& [name, summary] : rows)
+        out.emplace_back(*summary ? name + std::string(width + 2 - name.size(), ' ') + summary : name);
     return makeStringVector(std::move(out));
 }
 

@@ -229,8 +229,8 @@ TEST(Cli, Help) {
     };
     const Case cases[] = {
         {{"-e", "help"}, 0, "A command line holds statements", ""},
-        {{"-e", "HELP xfromy"}, 0, "### XFromY\n\n`XFromY(", ""},
-        {{"-e", "functions XFrom*"}, 0, "XFromY  ", ""},
+        {{"-e", "HELP xfromy"}, 0, "### XFromY\n", ""},
+        {{"-e", "functions XFrom*"}, 0, "XFromY", ""},
         {{"-e", "functions zzzz"}, 0, "No function matches 'zzzz'\n", ""},
         {{"-e", "help XfromY2"}, 1, "", "error: Unknown function 'XfromY2'; did you mean 'XFromY'?\n"},
         {{"-e", "XfromY2(1)"}, 1, "", "error: Unknown function 'XfromY2'; did you mean 'XFromY'?\n"},
