@@ -24,8 +24,16 @@ public:
     void error(std::string_view format, const PrintfArg& a = {}, const PrintfArg& b = {},
                const PrintfArg& c = {}, const PrintfArg& d = {});
 
-    // Number of errors reported so far.
+    // Number of messages reported so far.
     size_t errorCount() const { return errors_; }
+
+    // Called by the host when a call that began at errorCount() == `since` succeeded all the
+    // same: the messages reported since are warnings. A sink that tells them apart overrides it;
+    // one that returns false takes them as errors, and the call fails.
+    virtual bool markWarnings(size_t since) {
+        (void)since;
+        return true;
+    }
 
 protected:
     virtual void report(const std::string& message) = 0;

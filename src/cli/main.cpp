@@ -1,6 +1,6 @@
 // The wavex command:
 //
-//   wavex [--json] [--data FILE]... [--option NAME=VALUE]... [--plot FILE [--logx] [--liny]]
+//   wavex [--json] [--strict] [--data FILE]... [--option NAME=VALUE]... [--plot FILE [--logx] [--liny]]
 //         [-e STATEMENT]... [SCRIPT]
 //
 // Options are set first, then the data files load (CSV, raw or Touchstone, each vector under its
@@ -13,8 +13,12 @@
 //
 // Every message goes to standard error as "error: MESSAGE", prefixed with FILE:LINE: for a line of
 // a script or of standard input. A failed statement stops the run: later statements and lines do
-// not run (at the prompt the session goes on). Messages of calls that still succeeded do not stop
-// anything.
+// not run (at the prompt the session goes on). Messages of calls that still succeeded print as
+// "warning: MESSAGE" and do not stop anything, unless --strict makes them failures.
+//
+// Values print as text (a number per run as "EXPRESSION = VALUE UNIT   # RUN", curves under a
+// header) or, with --json, one JSON object per line with the statement's text ("expr") and number
+// ("stmt": each -e and each script line counts one, from 1).
 //
 // Exit status: 0 when every statement succeeded; 1 when a statement failed, a data file or script
 // could not be read or loaded, or the plot could not be written; 2 for a usage error (unknown
@@ -52,7 +56,7 @@ int usageError(const char* format, const std::string& a, const std::string& b = 
 int main(int argc, char** argv) {
     using namespace wavex::cli;
 
-    bool json = false, logX = false, linY = false;
+    bool json = false, strict = false, logX = false, linY = false;
     std::vector<std::string> dataFiles, options, statements;
     std::string script, plotFile, referenceFile;
 
@@ -61,7 +65,8 @@ int main(int argc, char** argv) {
     auto repeated = [](CLI::Option* o) {
         return o->expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };
-    app.add_flag("--json", json, "Print each value as one JSON object per line");
+    app.add_flag("--json", json, "Print each value as one JSON object per line, with its statement's text and number");
+    app.add_flag("--strict", strict, "Take warnings as failures: a call that reports a message fails");
     repeated(app.add_option("-d,--data", dataFiles, "Load the vectors of a CSV, raw or Touchstone file")->type_name("FILE"));
     repeated(app.add_option("-o,--option", options, "Set a host option")->type_name("NAME=VALUE"));
     app.add_option("--plot", plotFile, "Draw the values into a picture (.png, .svg, .pdf) instead of printing them")
@@ -74,6 +79,11 @@ int main(int argc, char** argv) {
     app.add_option("SCRIPT", script, "Run a file of command lines (- for standard input)")->type_name("FILE");
     app.footer("Without -e or SCRIPT, command lines come from a prompt (or from standard input when it is\n"
                "not a terminal).\n"
+               "Inside: 'help' shows how to get around, 'help NAME' what a function does, 'functions [PATTERN]'\n"
+               "lists the functions, 'vectors' the vectors loaded or bound. A value of one number per run prints\n"
+               "as 'EXPRESSION = VALUE UNIT   # RUN'.\n"
+               "A call that reports a message but succeeds prints 'warning: MESSAGE' and the run goes on\n"
+               "(--strict stops it); a failure prints 'error: MESSAGE'.\n"
                "Exit status: 0 success, 1 a statement failed or a file could not be loaded, 2 usage error.");
 
     try {
@@ -92,7 +102,7 @@ int main(int argc, char** argv) {
         if (std::string why = checkPlotPath(plotFile); !why.empty()) return usageError("--plot: %s", why);
     }
 
-    Session session(json ? Session::Format::Json : Session::Format::Text);
+    Session session(json ? Session::Format::Json : Session::Format::Text, strict);
     if (!plotFile.empty()) session.plotTo(plotFile, {.logX = logX, .linY = linY});
 
     for (const std::string& option : options) {

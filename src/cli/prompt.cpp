@@ -1,9 +1,9 @@
 // The interactive prompt: line editing, history kept in ~/.wavex_history, and Tab completion of
-// function and vector names.
+// function, command and vector names.
 #include "cli/session.hpp"
+#include "lang/help.hpp"
 
 #include "support/text.hpp"
-#include "wavex/function.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,8 +28,8 @@ char* nextCandidate(const char* text, int state) {
     if (state == 0) {
         index = 0;
         gCandidates.clear();
-        for (const FuncInfo* f : functionTable().all())
-            if (f->name[0] != '_') gCandidates.push_back(f->name);
+        gCandidates = lang::functionNames();
+        for (const char* command : {"help", "functions", "vectors", "quit"}) gCandidates.push_back(command);
         if (gInterpreter)
             for (std::string& name : gInterpreter->vectorNames()) gCandidates.push_back(std::move(name));
     }

@@ -28,7 +28,7 @@ std::string runExample(const char* example, bool* ok) {
     *ok = out && mkdtemp(dir.data());
     if (*ok) {
         fs::current_path(dir);
-        Session session(Session::Format::Text, out, out);
+        Session session(Session::Format::Text, false, out, out);
         *ok = session.runLine(example);
         session.finish();
         fs::current_path(home);

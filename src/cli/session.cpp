@@ -48,25 +48,38 @@ private:
 }  // namespace
 
 void StderrMessages::report(const std::string& message) {
-    std::fflush(out_);
-    std::fprintf(err_, "error: %s%s\n", where.c_str(), message.c_str());
+    held_.push_back({where + message, errorCount()});
+    if (!holding) flush();
 }
 
-Session::Session(Format format, FILE* out, FILE* err)
-    : format_(format), out_(out), messages_(std::make_shared<StderrMessages>(out, err)), wx_(messages_),
+bool StderrMessages::markWarnings(size_t since) {
+    if (strict_) return false;
+    for (Held& m : held_) m.warning |= m.index > since;
+    return true;
+}
+
+void StderrMessages::flush() {
+    if (held_.empty()) return;
+    std::fflush(out_);
+    for (const Held& m : held_) std::fprintf(err_, "%s: %s\n", m.warning ? "warning" : "error", m.text.c_str());
+    held_.clear();
+}
+
+Session::Session(Format format, bool strict, FILE* out, FILE* err)
+    : format_(format), out_(out), messages_(std::make_shared<StderrMessages>(out, err, strict)), wx_(messages_),
       printer_([this](const VectorPtr& value, std::string_view label) { print(value, label); }) {}
 
 void Session::print(const VectorPtr& value, std::string_view label) {
+    messages_->flush();  // the warnings of the statement come before its value
     if (plot_ && plottable(value)) {
         plot_->add(value, std::string(label));
         return;
     }
     buffer_.clear();
     if (format_ == Format::Json) {
-        io::appendJson(buffer_, value);
+        io::appendJson(buffer_, value, label, statement_);
     } else {
         // A blank line between a value printed under headings and its neighbours.
-        if (!value || value->size() == 0) return;  // prints nothing
         bool headed = io::textHasHeadings(value);
         if (printedText_ && (headed || lastHeaded_)) buffer_ += '\n';
         io::appendText(buffer_, value, label);
@@ -106,9 +119,13 @@ bool Session::writePlot() {
 }
 
 bool Session::runLine(std::string_view line) {
+    ++statement_;
     size_t before = messages_->errorCount();
+    messages_->holding = true;
     bool ok = wx_.runLine(line, printer_);
     if (!ok && messages_->errorCount() == before) messages_->error("%s", "the statement failed");
+    messages_->holding = false;
+    messages_->flush();
     return ok;
 }
 

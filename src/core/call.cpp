@@ -184,6 +184,11 @@ FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
         if (messages->errorCount() == errorsBefore) messages->error("Function '%s' failed", info.name);
         return status;
     };
+    // What a call that succeeds reported are warnings, unless the sink takes them as failures.
+    auto succeeded = [&] {
+        if (messages->errorCount() > errorsBefore && !messages->markWarnings(errorsBefore)) return FUNC_FAILED;
+        return FUNC_OK;
+    };
 
     // Divisions to step through: those of the arguments flagged MULTI_EACH that have several.
     int n = static_cast<int>(args.size());
@@ -211,7 +216,7 @@ FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
         FUNC_ERROR status = info.handler(view, &result, &info, messages, context, runtime);
         if (status != FUNC_OK) return failed(status);
         *out = result.release();
-        return FUNC_OK;
+        return succeeded();
     }
 
     std::vector<FuncResult> parts(divisions);
@@ -226,7 +231,7 @@ FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
     VectorPtr joined = assemble(parts, *args[driver], *messages, info, &ok);
     if (!ok) return FUNC_FAILED;
     *out = std::move(joined);
-    return FUNC_OK;
+    return succeeded();
 }
 
 }  // namespace wavex

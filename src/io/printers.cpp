@@ -102,7 +102,7 @@ void appendJsonString(std::string& out, std::string_view text) {
     out += '"';
 }
 
-void appendJson(std::string& out, const VectorPtr& value) {
+void appendJson(std::string& out, const VectorPtr& value, std::string_view expr, size_t stmt) {
     static const Vector kEmpty;
     const Vector& v = value ? *value : kEmpty;
 
@@ -161,6 +161,12 @@ void appendJson(std::string& out, const VectorPtr& value) {
             out += '}';
         }
         out += ']';
+    }
+    if (stmt) {
+        out += ",\"expr\":";
+        appendJsonString(out, expr);
+        out += ",\"stmt\":";
+        out += std::to_string(stmt);
     }
     out += "}\n";
 }
@@ -226,15 +232,54 @@ void appendPadded(std::string& out, std::string_view text, size_t width) {
 namespace {
 bool isCurve(const Vector& v) { return v.ref.present() && v.ref.size() == v.size(); }
 bool hasBlocks(const Vector& v) { return v.numDivisions() > 1 || v.label(0); }
+
+// A number per run (or none): printed on one labelled line per run rather than in blocks.
+bool isNumberPerRun(const Vector& v) {
+    if (v.type == VD_STRING || isCurve(v)) return false;
+    for (size_t k = 0; k < v.numDivisions(); ++k)
+        if (v.divisionLength(k) > 1) return false;
+    return true;
+}
+
+std::string runName(const Vector& v, size_t k) {
+    if (auto name = v.label(k)) return *name;
+    return "division " + std::to_string(k + 1);
+}
+
+// "mean(out) = 984.359m V   # R=100", "Truncate(v, 5, 6): empty".
+void appendLabelled(std::string& out, const Vector& v, std::string_view label) {
+    const bool blocks = hasBlocks(v) && v.size() > 0;
+    std::string_view unit = units::symbol(v.phys);
+    for (size_t k = 0; k < (blocks ? v.numDivisions() : 1); ++k) {
+        out += label;
+        if (v.divisionLength(k) == 0 || v.size() == 0) {
+            out += ": empty";
+        } else {
+            out += " = ";
+            out += yText(v, v.divisionStart(k));
+            if (!unit.empty()) {
+                out += ' ';
+                out += unit;
+            }
+        }
+        if (blocks) {
+            out += "   # ";
+            out += runName(v, k);
+        }
+        out += '\n';
+    }
+}
 }  // namespace
 
 bool textHasHeadings(const VectorPtr& value) {
-    return value && value->size() && (isCurve(*value) || hasBlocks(*value));
+    return value && value->size() && (isCurve(*value) || hasBlocks(*value)) && !isNumberPerRun(*value);
 }
 
 void appendText(std::string& out, const VectorPtr& value, std::string_view label) {
-    if (!value || value->size() == 0) return;
-    const Vector& v = *value;
+    static const Vector kEmpty;
+    const Vector& v = value ? *value : kEmpty;
+    if (!label.empty() && (v.size() == 0 || isNumberPerRun(v))) return appendLabelled(out, v, label);
+    if (v.size() == 0) return;
     const bool curve = isCurve(v);
     const bool blocks = hasBlocks(v);
     std::string_view unit = v.type == VD_STRING ? std::string_view() : units::symbol(v.phys);
@@ -250,10 +295,12 @@ void appendText(std::string& out, const VectorPtr& value, std::string_view label
         const size_t start = v.divisionStart(k), length = v.divisionLength(k);
         if (blocks) {
             if (k) out += '\n';
-            out += "# ";
-            if (auto name = v.label(k)) out += *name;
-            else out += "division " + std::to_string(k + 1);
-            out += '\n';
+            out += "# " + runName(v, k) + '\n';
+            if (length == 0 && !label.empty()) {
+                out += label;
+                out += ": empty\n";
+                continue;
+            }
         }
         if (!curve) {
             for (size_t i = start; i < start + length; ++i) {

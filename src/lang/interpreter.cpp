@@ -1,5 +1,6 @@
 #include "wavex/interpreter.hpp"
 
+#include "lang/help.hpp"
 #include "lang/parser.hpp"
 #include "support/text.hpp"
 #include "wavex/dynexport.hpp"
@@ -123,7 +124,7 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
         messages->error("%s", error);
         return nullptr;
     }
-    if (statements->size() != 1 || (*statements)[0].target) {
+    if (statements->size() != 1 || (*statements)[0].target || !(*statements)[0].expression) {
         messages->error("%s", "expected one expression");
         return nullptr;
     }
@@ -138,7 +139,8 @@ bool Interpreter::runLine(std::string_view line, const Printer& print) {
     if (!ok) messages_->error("%s", error);
     else
         for (const lang::Statement& s : *statements) {
-            VectorPtr value = impl_->guardedEval(*s.expression, messages_);
+            VectorPtr value = s.expression ? impl_->guardedEval(*s.expression, messages_)
+                                           : lang::runCommand(s.command, s.argument, *this, *messages_);
             if (!value) {
                 ok = false;
                 break;
@@ -162,7 +164,7 @@ VectorPtr Interpreter::Impl::eval(const Node& n, const YRef<MessageHandler>& mes
             if (functionTable().find(n.text))
                 messages->error("Function '%s' needs its arguments in parentheses", n.text);
             else
-                messages->error("Unknown vector '%s'", n.text);
+                messages->error("Unknown vector '%s'%s", n.text, lang::didYouMean(n.text, self->vectorNames()));
             return nullptr;
         }
     }
@@ -222,11 +224,11 @@ VectorPtr Interpreter::Impl::call(const Node& n, const YRef<MessageHandler>& mes
             }
             std::string text = name->str[0].value_or("");
             if (VectorPtr v = lookup(text)) return v;
-            messages->error("Unknown vector '%s'", text);
+            messages->error("Unknown vector '%s'%s", text, lang::didYouMean(text, self->vectorNames()));
             return nullptr;
         }
         if (!n.function) {
-            messages->error("Unknown function '%s'", n.text);
+            messages->error("Unknown function '%s'%s", n.text, lang::didYouMean(n.text, lang::functionNames()));
             return nullptr;
         }
     }

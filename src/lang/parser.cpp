@@ -3,6 +3,7 @@
 #include "support/numbers.hpp"
 #include "support/text.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace wavex::lang {
@@ -140,8 +141,35 @@ private:
         advance();
     }
 
+    // `help [NAME]`, `functions [PATTERN]` and `vectors`: the word, then its argument as written
+    // (a pattern need not be a token) up to ';', '#' or the end of the line.
+    bool command(Statement& s) {
+        static constexpr std::string_view kCommands[] = {"help", "functions", "vectors"};
+        if (tok_.kind != Tok::Name) return false;
+        auto word = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                 [&](std::string_view c) { return iequals(c, tok_.text); });
+        if (word == std::end(kCommands)) return false;
+        std::string_view src = lex_.source();
+        size_t begin = tok_.pos, pos = lex_.position();
+        while (pos < src.size() && (src[pos] == ' ' || src[pos] == '\t')) ++pos;
+        // What follows must start an argument, not continue an expression (`help = 2`, `help(1)`).
+        if (pos < src.size() && std::string_view(";#*?'\"_").find(src[pos]) == std::string_view::npos && !isNameStart(src[pos]))
+            return false;
+        size_t end = std::min(src.find_first_of(";#", pos), src.size());
+        s.command = *word;
+        s.argument = trim(src.substr(pos, end - pos));
+        if (s.argument.size() >= 2 && (s.argument.front() == '\'' || s.argument.front() == '"') &&
+            s.argument.back() == s.argument.front())
+            s.argument = s.argument.substr(1, s.argument.size() - 2);
+        s.text = trim(src.substr(begin, end - begin));
+        lex_.seek(end);
+        advance();
+        return true;
+    }
+
     Statement statement() {
         Statement s;
+        if (command(s)) return s;
         if (tok_.kind == Tok::Name) {
             // `name = ...` is an assignment; look one token ahead without consuming.
             size_t save = lex_.position();

@@ -16,6 +16,8 @@
 //            | ("V" | "I") "(" node { "," node } ")"     probes, node names taken as written
 //                                                      (how many a probe takes is checked when it
 //                                                      is evaluated, so rewriters see any form)
+// A statement may instead be a command: `help [NAME]`, `functions [PATTERN]` or `vectors`, with
+// its argument taken as written up to ';'.
 // Operators become calls of the underscore functions (a+b is _Plus(a, b), v[2] is _Index(v, 2),
 // (1, 2) is _Comma(1, 2)). `#` starts a comment outside strings.
 #pragma once
@@ -54,8 +56,10 @@ struct Node {
 
 struct Statement {
     std::optional<std::string> target;  // set for `name = expression`
-    std::unique_ptr<Node> expression;
-    std::string text;                   // the expression as written
+    std::unique_ptr<Node> expression;   // null for a command
+    std::string text;                   // the expression (or command) as written
+    std::string command;                // "help", "functions" or "vectors" for those commands
+    std::string argument;               // the command's argument, unquoted
 };
 
 // Parses a command line. On a syntax error returns nullopt and sets *error to a message that

@@ -154,7 +154,8 @@ std::optional<std::string> substitute(std::string_view text, VecSubstExpressionO
     for (const Statement& s : *statements) {
         if (!out.empty()) out += "; ";
         if (s.target) out += *s.target + " = ";
-        printer.print(*s.expression, out);
+        if (s.expression) printer.print(*s.expression, out);
+        else out += s.text;  // a command: nothing to rewrite
     }
     return out;
 }

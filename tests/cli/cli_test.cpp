@@ -66,17 +66,21 @@ TEST(Cli, Statements) {
     // Several -e run in order and share the workspace; ';' separates statements of one line.
     r = wavex({"-e", "a = [1, 2]; b = [\"x\", 'y z']", "-e", "a", "-e", "b; [3]"});
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "1\n2\nx\ny z\n3\n");
+    EXPECT_EQ(r.out, "1\n2\nx\ny z\n[3] = 3\n");
 
-    r = wavex({"--json", "-e", "[1.5, -2e-3]", "-e", "[]"});
+    r = wavex({"--json", "-e", "[1.5, -2e-3]", "-e", "a = 1; []; a"});
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, R"({"type":"real","phys":1,"unit":"","name":"","y":[1.5,-0.002],"x":null,"divisions":null})" "\n"
-                     R"({"type":"real","phys":1,"unit":"","name":"","y":[],"x":null,"divisions":null})" "\n");
+    EXPECT_EQ(r.out, R"({"type":"real","phys":1,"unit":"","name":"","y":[1.5,-0.002],"x":null,"divisions":null,)"
+                     R"("expr":"[1.5, -2e-3]","stmt":1})" "\n"
+                     R"({"type":"real","phys":1,"unit":"","name":"","y":[],"x":null,"divisions":null,)"
+                     R"("expr":"[]","stmt":2})" "\n"
+                     R"({"type":"real","phys":1,"unit":"","name":"","y":[1],"x":null,"divisions":null,)"
+                     R"("expr":"a","stmt":2})" "\n");
 
     // A statement that begins with a minus sign is still a statement.
-    r = wavex({"-e", "-1"});
+    r = wavex({"-e", "-1", "-e", "[]"});
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "-1\n");
+    EXPECT_EQ(r.out, "-1 = -1\n[]: empty\n");
 }
 
 // How a failure prints and what still runs; the interpreter's messages have their own tests.
@@ -87,9 +91,9 @@ TEST(Cli, FailuresStopTheRun) {
         const char* err;
     };
     const Case cases[] = {
-        {{"-e", "[1]", "-e", "[2,", "-e", "[3]"}, "1\n",
+        {{"-e", "[1]", "-e", "[2,", "-e", "[3]"}, "[1] = 1\n",
          "error: syntax error: expected a value at the end of the line\n  [2,\n     ^\n"},
-        {{"-e", "[1]; zz; [2]"}, "1\n", "error: Unknown vector 'zz'\n"},
+        {{"-e", "[1]; zz; [2]"}, "[1] = 1\n", "error: Unknown vector 'zz'\n"},
         {{"-e", "db(1, 2)", "-e", "[1]"}, "", "error: Function 'db' takes 1 argument, not 2\n"},
         {{"-e", "db"}, "", "error: Function 'db' needs its arguments in parentheses\n"},  // tested nowhere else
     };
@@ -124,7 +128,7 @@ TEST(Cli, UsageErrors) {
     }
     Outcome r = wavex({"--option", "interppts=16", "-o", "InterpOrder=3", "-e", "[1]"});
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "1\n");
+    EXPECT_EQ(r.out, "[1] = 1\n");
 
     r = wavex({"--version"});
     EXPECT_EQ(r.status, 0);
@@ -150,10 +154,10 @@ TEST(Cli, Data) {
     r = wavex({"--data", csv, "-e", "[1]", "-e", "time", "-e", "[2]; [3]"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
-              "1\n\n"
+              "[1] = 1\n\n"
               "# R=1k\n0 s\n1u s\n\n"
               "# R=2k\n0 s\n1u s\n\n"
-              "2\n3\n");
+              "[2] = 2\n[3] = 3\n");
 
     // A file that cannot be loaded stops the run before any statement.
     std::string bad = writeTemp("bad.csv", "time,out\n0,1\n1,x\n");
@@ -189,14 +193,79 @@ TEST(Cli, Scripts) {
     // Without -e or a script, standard input (not a terminal) is read like a script.
     r = wavex({}, "[1]\n# skip\n[2, \n[3]\n");
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "1\n");
+    EXPECT_EQ(r.out, "[1] = 1\n");
     EXPECT_EQ(r.err, "error: stdin:3: syntax error: expected a value at the end of the line\n  [2, \n      ^\n");
     r = wavex({"-"}, "[4]");
     EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "4\n");
+    EXPECT_EQ(r.out, "[4] = 4\n");
     r = wavex({}, "");
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out + r.err, "");
+}
+
+// A number per run says which statement and run it belongs to.
+TEST(Cli, LabelledValues) {
+    std::string csv = writeTemp("runs.csv", "time,out[V]\n# run: R=1k\n0,1\n1e-6,2\n\n# run: R=2k\n0,3\n1e-6,4.5e-3\n");
+    Outcome r = wavex({"--data", csv, "-e", "mean(out)", "-e", "vectors"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out,
+              "mean(out) = 1.5 V   # R=1k\n"
+              "mean(out) = 1.50225 V   # R=2k\n"
+              "out: real [V], 4 elements in 2 runs (R=1k, R=2k), x: time [s] from 0 to 1u\n"
+              "time: real [s], 4 elements in 2 runs (R=1k, R=2k)\n");
+    r = wavex({"--json", "--data", csv, "-e", "[1]", "-e", "x = 2; mean(out)"});
+    const std::string tail = R"j("divisions":[{"length":1,"label":"R=1k"},{"length":1,"label":"R=2k"}],)j"
+                             R"j("expr":"mean(out)","stmt":2})j";
+    EXPECT_NE(r.out.find(tail), std::string::npos) << r.out;
+}
+
+// help, functions and the names suggested for unknown ones.
+TEST(Cli, Help) {
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        std::string outStart, err;
+    };
+    const Case cases[] = {
+        {{"-e", "help"}, 0, "A command line holds statements", ""},
+        {{"-e", "HELP xfromy"}, 0, "### XFromY\n", ""},
+        {{"-e", "functions XFrom*"}, 0, "XFromY", ""},
+        {{"-e", "functions zzzz"}, 0, "No function matches 'zzzz'\n", ""},
+        {{"-e", "help XfromY2"}, 1, "", "error: Unknown function 'XfromY2'; did you mean 'XFromY'?\n"},
+        {{"-e", "XfromY2(1)"}, 1, "", "error: Unknown function 'XfromY2'; did you mean 'XFromY'?\n"},
+        {{"-e", "abc = 1; abd + 1"}, 1, "", "error: Unknown vector 'abd'; did you mean 'abc'?\n"},
+        {{"-e", "vectors"}, 0, "No vectors", ""},
+        {{"-e", "vectors out"}, 1, "", "error: vectors takes no argument\n"},
+    };
+    for (const Case& c : cases) {
+        Outcome r = wavex(c.args);
+        EXPECT_EQ(r.status, c.status) << c.args[1];
+        EXPECT_EQ(r.out.substr(0, c.outStart.size()), c.outStart) << c.args[1] << "\n" << r.out;
+        EXPECT_EQ(r.err, c.err) << c.args[1];
+    }
+}
+
+// A call that reports a message and succeeds warns; --strict fails it; a failure is an error.
+TEST(Cli, Warnings) {
+    const std::string missing = tempPath("missing.txt");
+    const std::string warned = "length(ReadFile('" + missing + "'))";
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        std::string out, err;
+    };
+    const Case cases[] = {
+        {{"-e", warned, "-e", "[1]"}, 0, warned + " = 0\n[1] = 1\n", "warning: Cannot open file '" + missing + "'\n"},
+        {{"--strict", "-e", warned, "-e", "[1]"}, 1, "", "error: Cannot open file '" + missing + "'\n"},
+        {{"-e", warned + " + db(1, 2)"}, 1, "",
+         "warning: Cannot open file '" + missing + "'\nerror: Function 'db' takes 1 argument, not 2\n"},
+    };
+    for (const Case& c : cases) {
+        Outcome r = wavex(c.args);
+        EXPECT_EQ(r.status, c.status) << c.args[1];
+        EXPECT_EQ(r.out, c.out) << c.args[1];
+        EXPECT_EQ(r.err, c.err) << c.args[1];
+    }
 }
 
 TEST(Cli, Example) {

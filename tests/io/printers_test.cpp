@@ -121,6 +121,16 @@ TEST(TextPrinter, Values) {
     EXPECT_EQ(text(makeEmptyVector()), "");
 }
 
+TEST(TextPrinter, NumberPerRunIsLabelled) {
+    EXPECT_EQ(text(makeRealVector({1.5e-3}, units::Voltage), "m"), "m = 1.5m V\n");
+    EXPECT_EQ(text(makeEmptyVector(), "e"), "e: empty\n");
+    EXPECT_EQ(text(nullptr, "e"), "e: empty\n");
+    auto runs = std::make_shared<Vector>(*makeComplexVector({Complex(1, 2), Complex(3, 0)}));
+    runs->setDivisionLengths({1, 0, 1});
+    runs->labels = {"R=1", std::nullopt, "R=3"};
+    EXPECT_EQ(text(runs, "h"), "h = 1 + j2   # R=1\nh: empty   # division 2\nh = 3 + j0   # R=3\n");
+}
+
 TEST(TextPrinter, Curves) {
     EXPECT_EQ(text(makeCurve({0, 1e-3, 12.5e-3}, {1, -2, 3e3}, units::Voltage, units::Time), "v"),
               "x [s]  v [V]\n"
