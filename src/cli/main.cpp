@@ -22,6 +22,7 @@
 #include "cli/session.hpp"
 
 #include "support/text.hpp"
+#include "wavex/version.hpp"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
     std::string script, plotFile;
 
     CLI::App app{"Evaluates waveform expressions over simulation data.", "wavex"};
-    app.set_version_flag("--version", "wavex 0.1.0");
+    app.set_version_flag("--version", "wavex " WAVEX_VERSION);
     auto repeated = [](CLI::Option* o) {
         return o->expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };

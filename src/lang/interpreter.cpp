@@ -5,6 +5,7 @@
 #include "wavex/dynexport.hpp"
 #include "wavex/events.hpp"
 #include "wavex/options.hpp"
+#include "wavex/version.hpp"
 
 #include <cmath>
 #include <limits>
@@ -28,7 +29,7 @@ ScpInterface* currentInterpreter() {
     if (!gCurrent) throw DynFuncException("dyn_GetScpInterface");
     return gCurrent;
 }
-const char* identifyBinary() { return "wavex 0.1.0"; }
+const char* identifyBinary() { return "wavex " WAVEX_VERSION; }
 
 std::optional<double> namedConstant(std::string_view name) {
     if (iequals(name, "pi")) return std::numbers::pi;

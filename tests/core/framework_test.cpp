@@ -370,7 +370,7 @@ TEST(DynFunc, UnresolvedCallThrowsAndRepeatedRegistrationsResolveTogether) {
 TEST(DynFunc, InterpreterResolvesTheHostEntryPoints) {
     Session wx;
     EXPECT_EQ(dyn_GetScpInterface(), &wx.wx);
-    EXPECT_STREQ(dyn_IdentifyBinary(), "wavex 0.1.0");
+    EXPECT_STREQ(dyn_IdentifyBinary(), "wavex " WAVEX_VERSION);
     internal_error("Error found in module %s, line %d", "src/functions/x.cpp", 12);
     EXPECT_EQ(wx.sink->messages().back(), "Error found in module src/functions/x.cpp, line 12");
 }
