@@ -23,6 +23,7 @@
 // and merges the checks in the same branch-free loop, so the common case vectorises; only when
 // some element failed does it look again for the first one.
 #include "functions/string_compare.hpp"
+#include "support/clones.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
 
@@ -136,7 +137,7 @@ void streamed(Out* out, int64_t n, Compute&& compute) {
 }
 
 template <auto F, auto Check, class Out, class L, class R>
-Status zip(Out* out, const L* a, const R* b, int64_t n, Shape shape) {
+WAVEX_CLONES Status zip(Out* out, const L* a, const R* b, int64_t n, Shape shape) {
     constexpr bool kChecked = !std::is_null_pointer_v<decltype(Check)>;
     int failed = 0;
     auto compute = [&](Out* __restrict to, int64_t begin, int64_t count) {
