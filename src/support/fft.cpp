@@ -115,7 +115,7 @@ private:
 // which leaves the quarters holding the sub-transforms of the outputs ≡ 0, 2, 1, 3 (mod 4):
 // bit-reversed order, as two radix-2 steps would. The pointers are parameters so that the
 // compiler may take them as not aliasing and vectorise the loop.
-void radix4Step(double* __restrict r0, double* __restrict r1, double* __restrict r2, double* __restrict r3,
+WAVEX_CLONES void radix4Step(double* __restrict r0, double* __restrict r1, double* __restrict r2, double* __restrict r3,
                 double* __restrict i0, double* __restrict i1, double* __restrict i2, double* __restrict i3,
                 const double* __restrict c, const double* __restrict s, size_t q) {
     for (size_t j = 0; j < q; ++j) {
@@ -140,7 +140,7 @@ void radix4Step(double* __restrict r0, double* __restrict r1, double* __restrict
     }
 }
 
-WAVEX_CLONES void radix4(double* re, double* im, size_t q, const double* c, const double* s) {
+void radix4(double* re, double* im, size_t q, const double* c, const double* s) {
     radix4Step(re, re + q, re + 2 * q, re + 3 * q, im, im + q, im + 2 * q, im + 3 * q, c, s, q);
 }
 
