@@ -1,15 +1,17 @@
 #!/bin/sh
-# Builds and runs the whole test suite: a release build, then a build under AddressSanitizer and
-# UndefinedBehaviorSanitizer, the tests of interpreters on several threads under ThreadSanitizer,
-# then each fuzz target for a short run.
+# Builds and runs the whole test suite: a release build (with the package test, which installs
+# into a scratch prefix and builds two consumers, and the Python module's tests), then a build under
+# AddressSanitizer and UndefinedBehaviorSanitizer, the tests of interpreters on several threads under
+# ThreadSanitizer, then each fuzz target for a short run.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 jobs=2
 fuzz_seconds=${WAVEX_FUZZ_SECONDS:-20}
 
-echo "== release build and tests"
-cmake -S . -B build -G Ninja -DWAVEX_TESTS=ON -DWAVEX_BENCH=ON >/dev/null
+echo "== release build and tests (the Python module's too)"
+cmake -S . -B build -G Ninja -DWAVEX_TESTS=ON -DWAVEX_BENCH=ON -DWAVEX_PYTHON=ON \
+    -DPython_EXECUTABLE=/usr/bin/python3 >/dev/null
 ninja -C build -j$jobs
 ctest --test-dir build -j$jobs --output-on-failure --timeout 300
 

@@ -32,6 +32,13 @@ template <class T> struct ElementName { static constexpr const char* value = "T"
 template <> struct ElementName<double> { static constexpr const char* value = "double"; };
 template <> struct ElementName<std::complex<double>> { static constexpr const char* value = "complex"; };
 
+// Memory an Array reads in place but does not own (a numpy array the Python module wraps): the
+// owner is handed back through `release` when the array is done with it.
+struct ForeignOwner {
+    void (*release)(void* owner) = nullptr;
+    void* owner = nullptr;
+};
+
 template <class T>
 class Array {
     static_assert(std::is_trivially_copyable_v<T>, "Array holds plain numeric data only");
@@ -44,12 +51,22 @@ public:
     Array(const Array& other) { append(other.data_, other.size_); }
     Array(Array&& other) noexcept { swap(other); }
     Array& operator=(Array other) noexcept { swap(other); return *this; }
-    ~Array() { releaseBlock(data_, capacity_ * sizeof(T)); }
+    ~Array() { release(); }
+
+    // n elements at `data`, read in place; growing the array moves them into memory of its own.
+    static Array adopt(T* data, size_t n, ForeignOwner owner) {
+        Array a;
+        a.data_ = data;
+        a.size_ = a.capacity_ = n;
+        a.foreign_ = owner;
+        return a;
+    }
 
     void swap(Array& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(capacity_, other.capacity_);
+        std::swap(foreign_, other.foreign_);
     }
 
     T* data() noexcept { return data_; }
@@ -69,7 +86,7 @@ public:
         size_t granted = 0;
         T* fresh = static_cast<T*>(allocateBlock(n * sizeof(T), &granted, ElementName<T>::value));
         if (size_) std::memcpy(static_cast<void*>(fresh), data_, size_ * sizeof(T));
-        releaseBlock(data_, capacity_ * sizeof(T));
+        release();
         data_ = fresh;
         capacity_ = granted / sizeof(T);
     }
@@ -95,9 +112,19 @@ public:
     void clear() noexcept { size_ = 0; }
 
 private:
+    void release() noexcept {
+        if (foreign_.release) {
+            foreign_.release(foreign_.owner);
+            foreign_ = {};
+        } else {
+            releaseBlock(data_, capacity_ * sizeof(T));
+        }
+    }
+
     T* data_ = nullptr;
     size_t size_ = 0;
     size_t capacity_ = 0;
+    ForeignOwner foreign_;
 };
 
 }  // namespace wavex

@@ -9,3 +9,4 @@
 #include "wavex/options.hpp"
 #include "wavex/units.hpp"
 #include "wavex/vector.hpp"
+#include "wavex/version.hpp"

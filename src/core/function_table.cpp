@@ -19,6 +19,11 @@ FunctionTable::Impl& FunctionTable::impl() const {
     return instance;
 }
 
+// Every function family, listed by the build. Naming the list here makes a static link that uses
+// the table take in every family, though nothing names their registrations.
+extern "C" const void* const wavex_family_list[];
+[[gnu::used]] static const void* const* const linkEveryFamily = wavex_family_list;
+
 FunctionTable& functionTable() {
     static FunctionTable table;
     return table;

@@ -20,11 +20,11 @@
 //
 // Kernels are built from scalar element functions by one driver, `map`, which owns the loop over
 // the contiguous data. An element function is either pure, `Out f(In)`, or checked,
-// `Status f(In, Out&)`. Where the build targets AVX2 or AVX-512 and the C library carries its
-// vector maths (glibc's libmvec), sin, log10 and atan2 also come in a wide form that `map` runs
-// over whole lanes before finishing the tail with the scalar function. libmvec's results differ
-// from libm's by at most a few units in the last place (3 seen); special values (0, -0, inf,
-// NaN, huge arguments) come out the same.
+// `Status f(In, Out&)`. Where the processor has AVX2 or AVX-512 (checked at run time) and the C
+// library carries its vector maths (glibc's libmvec), sin, log10 and atan2 also come in a wide form
+// (elementwise_wide.hpp) that `map` runs over whole lanes before finishing the tail with the
+// scalar function. libmvec's results differ from libm's by at most a few units in the last place
+// (3 seen); special values (0, -0, inf, NaN, huge arguments) come out the same.
 #include "support/random.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
@@ -38,85 +38,16 @@
 #include <type_traits>
 #include <vector>
 
-#if defined(__GLIBC__) && defined(__x86_64__) && (defined(__AVX512F__) || defined(__AVX2__))
+// The wide forms need GCC's target pragmas (clang builds, the fuzz targets, go without them).
+#if defined(__GNUC__) && !defined(__clang__) && defined(__GLIBC__) && defined(__x86_64__)
 #if __GLIBC_PREREQ(2, 35)  // the first with vector log10 and atan2
 #include <immintrin.h>
 #define WAVEX_LIBMVEC 1
 #endif
 #endif
 
-#if defined(WAVEX_LIBMVEC)
-// glibc's vector variants, named by the x86-64 vector function ABI ("e": AVX-512, "d": AVX2).
-extern "C" {
-#if defined(__AVX512F__)
-__m512d _ZGVeN8v_sin(__m512d);
-__m512d _ZGVeN8v_log10(__m512d);
-__m512d _ZGVeN8vv_atan2(__m512d, __m512d);
-#else
-__m256d _ZGVdN4v_sin(__m256d);
-__m256d _ZGVdN4v_log10(__m256d);
-__m256d _ZGVdN4vv_atan2(__m256d, __m256d);
-#endif
-}
-#endif
-
 namespace wavex {
 namespace {
-
-// ---- Wide lanes ------------------------------------------------------------------------------
-
-namespace wide {
-#if defined(WAVEX_LIBMVEC) && defined(__AVX512F__)
-constexpr int kLanes = 8;
-using V = __m512d;
-inline V sin(V x) { return _ZGVeN8v_sin(x); }
-inline V log10(V x) { return _ZGVeN8v_log10(x); }
-inline V atan2(V y, V x) { return _ZGVeN8vv_atan2(y, x); }
-#elif defined(WAVEX_LIBMVEC)
-constexpr int kLanes = 4;
-using V = __m256d;
-inline V sin(V x) { return _ZGVdN4v_sin(x); }
-inline V log10(V x) { return _ZGVdN4v_log10(x); }
-inline V atan2(V y, V x) { return _ZGVdN4vv_atan2(y, x); }
-#else
-constexpr int kLanes = 1;  // no wide forms: `map` runs the scalar functions only
-#endif
-
-#if defined(WAVEX_LIBMVEC)
-inline V load(const double* p) {
-    V v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-inline void store(double* p, V v) { std::memcpy(p, &v, sizeof v); }
-// Real and imaginary parts of kLanes complex values, and whether every lane of s lies in
-// [lo, hi] (false for NaN).
-#if defined(__AVX512F__)
-inline void split(const Complex* z, V* re, V* im) {
-    const double* p = reinterpret_cast<const double*>(z);
-    V a = load(p), b = load(p + 8);
-    *re = _mm512_permutex2var_pd(a, _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14), b);
-    *im = _mm512_permutex2var_pd(a, _mm512_setr_epi64(1, 3, 5, 7, 9, 11, 13, 15), b);
-}
-inline bool allWithin(V s, double lo, double hi) {
-    return (_mm512_cmp_pd_mask(s, _mm512_set1_pd(lo), _CMP_GE_OQ) &
-            _mm512_cmp_pd_mask(s, _mm512_set1_pd(hi), _CMP_LE_OQ)) == 0xFF;
-}
-#else
-inline void split(const Complex* z, V* re, V* im) {
-    const double* p = reinterpret_cast<const double*>(z);
-    V a = load(p), b = load(p + 4);  // re0 im0 re1 im1 | re2 im2 re3 im3
-    *re = _mm256_permute4x64_pd(_mm256_unpacklo_pd(a, b), 0xD8);
-    *im = _mm256_permute4x64_pd(_mm256_unpackhi_pd(a, b), 0xD8);
-}
-inline bool allWithin(V s, double lo, double hi) {
-    V in = _mm256_and_pd(_mm256_cmp_pd(s, _mm256_set1_pd(lo), _CMP_GE_OQ),
-                         _mm256_cmp_pd(s, _mm256_set1_pd(hi), _CMP_LE_OQ));
-    return _mm256_movemask_pd(in) == 0xF;
-}
-#endif
-#endif
-}  // namespace wide
 
 // ---- Kernels ---------------------------------------------------------------------------------
 
@@ -136,17 +67,12 @@ inline void prefetch(const void* p, size_t bytes) {
     for (size_t k = 0; k < bytes; k += 64) __builtin_prefetch(reinterpret_cast<const void*>(at + k));
 }
 
-// The loop of every element kernel. `F` is the element function; `Wide`, when given, computes
-// wide::kLanes elements at once from (out, in) and runs over as many whole lanes as fit first.
+// The loop of every element kernel. `F` is the element function; `Wide`, when given, runs first
+// over as many elements as it can at once and returns how many it did.
 template <auto F, auto Wide = nullptr, class Out, class In>
 Status map(Out* out, const In* in, int64_t n) {
     int64_t i = 0;
-    if constexpr (!std::is_null_pointer_v<decltype(Wide)>) {
-        for (; i + wide::kLanes <= n; i += wide::kLanes) {
-            prefetch(in + i, sizeof(In) * wide::kLanes);
-            Wide(out + i, in + i);
-        }
-    }
+    if constexpr (!std::is_null_pointer_v<decltype(Wide)>) i = Wide(out, in, n);
     if constexpr (std::is_invocable_r_v<Status, decltype(F), In, Out&>) {
         Status worst = Status::Ok;
         for (; i < n; ++i) {
@@ -319,30 +245,54 @@ constexpr auto kAtanComplex = [](Complex z, Complex& y) {
     return Status::Ok;
 };
 
-// Wide forms.
+// Wide forms, for the widest instruction set the processor runs (chosen at run time, so that one
+// build runs on any x86-64 processor).
 #if defined(WAVEX_LIBMVEC)
-constexpr auto kSinWide = [](double* out, const double* in) { wide::store(out, wide::sin(wide::load(in))); };
-constexpr auto kDbRealWide = [](double* out, const double* in) {
-    wide::V x = wide::load(in);
-    wide::V a = x < 0 ? -x : x;
-    wide::V y = 20.0 * wide::log10(a);
-    wide::store(out, a == 0 ? kDbOfZero : y);
+#pragma GCC push_options
+#pragma GCC target("avx2,fma")
+namespace avx2 {
+#include "functions/elementwise_wide.hpp"
+}  // namespace avx2
+#pragma GCC pop_options
+#pragma GCC push_options
+#pragma GCC target("avx512f,avx512dq")
+#define WAVEX_WIDE_512 1
+namespace avx512 {
+#include "functions/elementwise_wide.hpp"
+}  // namespace avx512
+#undef WAVEX_WIDE_512
+#pragma GCC pop_options
+
+struct WideForms {
+    int64_t (*sin)(double*, const double*, int64_t);
+    int64_t (*dbReal)(double*, const double*, int64_t);
+    int64_t (*dbComplex)(double*, const Complex*, int64_t);
+    int64_t (*angle)(double*, const Complex*, int64_t, double);
 };
-constexpr auto kDbComplexWide = [](double* out, const Complex* in) {
-    wide::V re, im;
-    wide::split(in, &re, &im);
-    wide::V s = re * re + im * im;
-    if (wide::allWithin(s, DBL_MIN, DBL_MAX)) {
-        wide::store(out, 10.0 * wide::log10(s));
-    } else {
-        for (int k = 0; k < wide::kLanes; ++k) out[k] = kDbComplex(in[k]);
-    }
+// Null on a processor without AVX2: the scalar functions do all the work.
+const WideForms* wide() {
+    static const WideForms* forms = []() -> const WideForms* {
+        static const WideForms k512{avx512::sinLanes, avx512::dbRealLanes, avx512::dbComplexLanes, avx512::angleLanes};
+        static const WideForms k256{avx2::sinLanes, avx2::dbRealLanes, avx2::dbComplexLanes, avx2::angleLanes};
+        __builtin_cpu_init();
+        if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq")) return &k512;
+        if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) return &k256;
+        return nullptr;
+    }();
+    return forms;
+}
+constexpr auto kSinWide = [](double* out, const double* in, int64_t n) -> int64_t {
+    return wide() ? wide()->sin(out, in, n) : 0;
+};
+constexpr auto kDbRealWide = [](double* out, const double* in, int64_t n) -> int64_t {
+    return wide() ? wide()->dbReal(out, in, n) : 0;
+};
+constexpr auto kDbComplexWide = [](double* out, const Complex* in, int64_t n) -> int64_t {
+    return wide() ? wide()->dbComplex(out, in, n) : 0;
 };
 template <Scale S>
-constexpr auto kAngleWide = [](double* out, const Complex* in) {
-    wide::V re, im;
-    wide::split(in, &re, &im);
-    wide::store(out, wide::atan2(im, re) * factor(S));
+constexpr auto kAngleWide = [](double* out, const Complex* in, int64_t n) -> int64_t {
+    return wide() ? wide()->angle(out, in, n, factor(S)) : 0;
 };
 #else
 constexpr std::nullptr_t kSinWide = nullptr, kDbRealWide = nullptr, kDbComplexWide = nullptr;

@@ -17,6 +17,7 @@
 // The result is real, as long as the data, over the data's x values, with the data's units. None
 // of them reports: an empty second argument (no coefficients, no time constant) gives an empty
 // result; NaN in the data or the coefficients runs through the sums as NaN.
+#include "support/clones.hpp"
 #include "support/interpolation.hpp"
 #include "wavex/function.hpp"
 
@@ -52,7 +53,7 @@ void warmUp(const FilterInput& in, const double* source, const std::vector<doubl
 // y[j] = Σ_k c[k]·x[j−k] for j < len, x reaching back taps − 1 points before its start: tap by
 // tap over the whole block, so the inner loop runs over contiguous outputs held in cache, and
 // each output sums its terms in the order of k as the sum is written.
-void firBlock(double* __restrict y, const double* __restrict x, const double* __restrict c, size_t taps, size_t len) {
+WAVEX_CLONES void firBlock(double* __restrict y, const double* __restrict x, const double* __restrict c, size_t taps, size_t len) {
     for (size_t j = 0; j < len; ++j) y[j] = c[0] * x[j];
     for (size_t k = 1; k < taps; ++k) {
         const double ck = c[k];
@@ -72,7 +73,7 @@ void fir(const FilterInput& in, double* y) {
     for (size_t i = head; i < n; i += kBlock) firBlock(y + i, x + i, in.c.data(), taps, std::min(kBlock, n - i));
 }
 
-void iir(const FilterInput& in, double* y) {
+WAVEX_CLONES void iir(const FilterInput& in, double* y) {
     const size_t n = in.x.size(), taps = in.c.size();
     const double* x = in.x.data();
     const double* c = in.c.data();
@@ -92,7 +93,7 @@ void iir(const FilterInput& in, double* y) {
     }
 }
 
-void lpf(const FilterInput& in, double* y) {
+WAVEX_CLONES void lpf(const FilterInput& in, double* y) {
     const size_t n = in.x.size();
     const double* x = in.x.data();
     const double* t = in.t;

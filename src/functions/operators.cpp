@@ -23,6 +23,7 @@
 // and merges the checks in the same branch-free loop, so the common case vectorises; only when
 // some element failed does it look again for the first one.
 #include "functions/string_compare.hpp"
+#include "support/clones.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
 
@@ -111,9 +112,10 @@ inline void streamFence() {}
 constexpr int64_t kStreamingBytes = int64_t{16} << 20;
 constexpr size_t kChunkBytes = 4096;
 
-// compute(to, begin, count) writes elements [begin, begin + count) to `to`.
+// compute(to, begin, count) writes elements [begin, begin + count) to `to`. Inlined, with the
+// loop it runs, into each instruction-set clone of its caller.
 template <class Out, class Compute>
-void streamed(Out* out, int64_t n, Compute&& compute) {
+[[gnu::always_inline]] inline void streamed(Out* out, int64_t n, Compute&& compute) {
     if constexpr (kLine != 0) {
         constexpr int64_t kChunk = kChunkBytes / sizeof(Out);
         alignas(kLine) Out chunk[kChunk];
@@ -136,10 +138,10 @@ void streamed(Out* out, int64_t n, Compute&& compute) {
 }
 
 template <auto F, auto Check, class Out, class L, class R>
-Status zip(Out* out, const L* a, const R* b, int64_t n, Shape shape) {
+WAVEX_CLONES Status zip(Out* out, const L* a, const R* b, int64_t n, Shape shape) {
     constexpr bool kChecked = !std::is_null_pointer_v<decltype(Check)>;
     int failed = 0;
-    auto compute = [&](Out* __restrict to, int64_t begin, int64_t count) {
+    auto compute = [&](Out* __restrict to, int64_t begin, int64_t count) __attribute__((always_inline)) {
         const L* left = shape == Shape::LeftRepeated ? a : a + begin;
         const R* right = shape == Shape::RightRepeated ? b : b + begin;
         if constexpr (kChecked) {

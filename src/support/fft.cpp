@@ -1,6 +1,7 @@
 #include "support/fft.hpp"
 
 #include "support/interpolation.hpp"
+#include "support/clones.hpp"
 #include "wavex/array.hpp"
 
 #include <algorithm>
@@ -115,7 +116,7 @@ private:
 // which leaves the quarters holding the sub-transforms of the outputs ≡ 0, 2, 1, 3 (mod 4):
 // bit-reversed order, as two radix-2 steps would. The pointers are parameters so that the
 // compiler may take them as not aliasing and vectorise the loop.
-void radix4Step(double* __restrict r0, double* __restrict r1, double* __restrict r2, double* __restrict r3,
+WAVEX_CLONES void radix4Step(double* __restrict r0, double* __restrict r1, double* __restrict r2, double* __restrict r3,
                 double* __restrict i0, double* __restrict i1, double* __restrict i2, double* __restrict i3,
                 const double* __restrict c, const double* __restrict s, size_t q) {
     for (size_t j = 0; j < q; ++j) {
@@ -145,7 +146,7 @@ void radix4(double* re, double* im, size_t q, const double* c, const double* s) 
 }
 
 // The radix-4 step of block length 4 (all twiddles 1) on every block of [0, n).
-void radix4Unit(double* __restrict re, double* __restrict im, size_t n) {
+WAVEX_CLONES void radix4Unit(double* __restrict re, double* __restrict im, size_t n) {
     for (size_t b = 0; b < n; b += 4) {
         double sr = re[b] + re[b + 2], si = im[b] + im[b + 2];
         double dr = re[b] - re[b + 2], di = im[b] - im[b + 2];
@@ -165,7 +166,7 @@ void radix4Unit(double* __restrict re, double* __restrict im, size_t n) {
 // The whole decimation-in-frequency transform of a block of n = 4^k points: one step over the
 // block, then its quarters depth first, so that blocks up to kCacheBlock run all their steps
 // while they are in cache.
-void transformBlock(double* re, double* im, size_t n, const Twiddles& tw) {
+WAVEX_CLONES void transformBlock(double* re, double* im, size_t n, const Twiddles& tw) {
     if (n > kCacheBlock) {
         size_t q = n / 4;
         radix4(re, im, q, tw.cos(n), tw.sin(n));
@@ -277,7 +278,7 @@ void splitStep(double* __restrict a, double* __restrict b, const double* __restr
     }
 }
 
-void splitReal(Complex* z, size_t M, const Roots& roots, double scale) {
+WAVEX_CLONES void splitReal(Complex* z, size_t M, const Roots& roots, double scale) {
     double* v = reinterpret_cast<double*>(z);
     v[0] = (v[0] + v[1]) * scale;
     v[1] = 0;
@@ -305,7 +306,7 @@ void packStep(double* __restrict re, double* __restrict im, const double* __rest
 
 // re[j] = w_2j·x_2j, im[j] = w_2j+1·x_2j+1 for j < N/2, with x_i = 0 for i ≥ n. The weights are
 // made a chunk of samples at a time, one coarse root per chunk.
-void pack(const double* x, size_t n, size_t N, CosineWindow window, const Roots& roots, double* re, double* im) {
+WAVEX_CLONES void pack(const double* x, size_t n, size_t N, CosineWindow window, const Roots& roots, double* re, double* im) {
     const size_t M = N / 2;
     const size_t pairs = n / 2;  // packed points wholly inside the data
     const size_t fine = roots.fine();

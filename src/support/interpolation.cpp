@@ -1,5 +1,7 @@
 #include "support/interpolation.hpp"
 
+#include "support/clones.hpp"
+
 #include <unistd.h>
 
 #if defined(__AVX2__)
@@ -53,7 +55,7 @@ inline double quadratic(double x0, double y0, double x1, double y1, double x2, d
 // The sweep of support_Resample. Order is 1 or 2 for the inlined kernels, 0 for any order m
 // through support_Interp.
 template <int Order, class X>
-void sweep(const double* y, X x, int64_t n, double start, double step, int64_t count, int m, double* out,
+WAVEX_CLONES void sweep(const double* y, X x, int64_t n, double start, double step, int64_t count, int m, double* out,
            double* xOut) {
     const double xLast = x[n - 1];
     int64_t k = 0;

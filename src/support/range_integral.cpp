@@ -1,5 +1,6 @@
 #include "support/range_integral.hpp"
 
+#include "support/clones.hpp"
 #include "support/interpolation.hpp"
 
 #include <algorithm>
@@ -52,7 +53,7 @@ double piece(double xa, double ya, double xb, double yb) {
 // The pieces between the points from .. to, in eight interleaved partial sums: vectorisable,
 // and more accurate than one running sum.
 template <IntegralMode M>
-double pieces(const double* x, const double* y, int64_t from, int64_t to) {
+WAVEX_CLONES double pieces(const double* x, const double* y, int64_t from, int64_t to) {
     constexpr int kWays = 8;
     double part[kWays] = {};
     int64_t i = from + 1;
@@ -107,7 +108,7 @@ struct Indices {
 // additions, so the processor overlaps them; measured faster than a vectorised second pass over
 // blocks of sums, which reads the sums twice.
 template <IntegralMode M, class X>
-void runningAverage(const double* y, X x, int64_t n, double* out) {
+WAVEX_CLONES void runningAverage(const double* y, X x, int64_t n, double* out) {
     const double x0 = x[0];
     out[0] = M == IntegralMode::Mean ? y[0] : std::fabs(y[0]);
     double sum = 0;  // before the constant factor

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "run_wavex.hpp"
+#include "wavex/version.hpp"
 
 #include <cerrno>
 #include <chrono>
@@ -132,7 +133,7 @@ TEST(Cli, UsageErrors) {
 
     r = wavex({"--version"});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "wavex 0.1.0\n");
+    EXPECT_EQ(r.out, "wavex " WAVEX_VERSION "\n");
 }
 
 TEST(Cli, Data) {
