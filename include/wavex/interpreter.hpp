@@ -15,6 +15,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +31,10 @@ public:
     // Evaluates an expression in the workspace; null (with the reason reported to `messages`)
     // when it fails.
     virtual VectorPtr evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) = 0;
+    // The same with `bindings` standing for their names ahead of the workspace (case ignored), for
+    // functions that give an expression values of their own (the columns of a table).
+    using Bindings = std::span<const std::pair<std::string, VectorPtr>>;
+    virtual VectorPtr evaluateWith(std::string_view text, Bindings bindings, const YRef<MessageHandler>& messages) = 0;
     // The vector bound to `name` (case ignored), or null.
     virtual VectorPtr findVector(std::string_view name) const = 0;
     // Rewrites an expression (see vec_SubstituteExpression); nullopt with *error set when it
@@ -57,6 +63,7 @@ public:
     // Evaluates one expression; null when it fails (the reason reported).
     VectorPtr evaluate(std::string_view expression);
     VectorPtr evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) override;
+    VectorPtr evaluateWith(std::string_view text, Bindings bindings, const YRef<MessageHandler>& messages) override;
 
     void setVector(std::string_view name, VectorPtr value);
     VectorPtr findVector(std::string_view name) const override;
