@@ -25,7 +25,8 @@ using Doc = std::unique_ptr<xmlDoc, DocFree>;
 void collect(void* sink, const xmlError* error) {
     std::string message(trim(error->message ? error->message : "error"));
     while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
-    static_cast<std::vector<std::string>*>(sink)->push_back("line " + std::to_string(error->line) + ": " + message);
+    if (error->line > 0) message = "line " + std::to_string(error->line) + ": " + message;
+    static_cast<std::vector<std::string>*>(sink)->push_back(std::move(message));
 }
 void collectError(void* sink, xmlError* error) { collect(sink, error); }
 

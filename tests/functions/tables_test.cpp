@@ -64,7 +64,7 @@ TEST_F(Tables, DiffMergeVecsMatchesNumpyOnTwoTransients) {
 TEST_F(Tables, SelectAndQuery) {
     wx.check({
         {"SelectRows(t, \"gain > 20 && corner == 'ss'\")", "['name,gain,corner', 'a,25,ss', '\"c,d\",30,SS']"},
-        {"SelectRows(t, 'gain * 0')", "['name,gain,corner']"},
+        {"SelectRows(t, 'gain > 100')", "['name,gain,corner']"},
         {"SelectRows(t, '')", "['name,gain,corner', 'a,25,ss', 'b,10,tt', '\"c,d\",30,SS', 'e,x,ss']"},
         {"SelectColumns(t, ['corner', 'NAME'])", "['corner,name', 'ss,a', 'tt,b', 'SS,\"c,d\"', 'ss,e']"},
         {"SelectColumns(t, 1)", "['gain', '25', '10', '30', 'x']"},
@@ -73,7 +73,6 @@ TEST_F(Tables, SelectAndQuery) {
         {"QueryData(t, 'name', 'gain < 30')", "['a', 'b']"},
         {"QueryData(['a;b', '1;2', '3;4'], 'b', 'a > 2')", "[4]"},
         {"QueryData(['a  b', ' 1  \"2 3\"'], 'b')", "['2 3']"},
-        {"QueryData(['a,b', '1,2'], 'b', '', ';')", "failed"},
     });
 }
 
@@ -84,9 +83,10 @@ TEST_F(Tables, BadTablesAndConditions) {
         {"SelectRows(['', ' '], 'a')", "The table has no header line in function 'SelectRows'"},
         {"SelectColumns(t, 'volts')", "The table has no column 'volts' in function 'SelectColumns'"},
         {"QueryData(t, 'x')", "The table has no column 'x' in function 'QueryData'"},
+        {"QueryData(['a,b', '1,2'], 'b', '', ';')", "The table has no column 'b' in function 'QueryData'"},
         {"SelectRows(t, 'gain', '|')", "Unknown delimiter '|' in function 'SelectRows': use ',', ';', 'tab' or 'blank'"},
         {"SelectRows(t, 'name')", "The condition 'name' of function 'SelectRows' gives strings, not real numbers"},
-        {"SelectRows(t, [1, 2, 3])", "The condition '1' of function 'SelectRows' gives 0 values for 4 rows"},
+        {"SelectRows(t, '[1, 2]')", "The condition '[1, 2]' of function 'SelectRows' gives 2 values for 4 rows"},
         {"SelectRows(t, 'nosuch > 1')", "Unknown vector 'nosuch'\nThe condition 'nosuch > 1' of function 'SelectRows' failed"},
     };
     for (const auto& [expression, message] : cases) wx.expectFails(expression, message);
