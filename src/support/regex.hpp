@@ -51,9 +51,9 @@ public:
     bool search(std::string_view subject, std::string* error) const;
 
 private:
+    std::string error_;  // before impl_: the compiler writes it
     struct Impl;
     std::unique_ptr<Impl> impl_;
-    std::string error_;
 };
 
 }  // namespace wavex
