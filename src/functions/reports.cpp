@@ -77,8 +77,15 @@ struct Measurement {
     std::string name;
     const double* values;
     size_t n;
-    std::vector<std::string> labels;  // empty: runs numbered from 1
+    const double* x = nullptr;                // x-values naming the runs, or
+    const std::vector<std::string>* labels = nullptr;  // the runs' labels; neither: numbered from 1
     double low = kNaN, high = kNaN;
+
+    void appendLabel(std::string& out, size_t i) const {
+        if (x) out += formatEngineering(x[i], 6);
+        else if (labels) out += xmlEscaped((*labels)[i]);
+        else out += std::to_string(i + 1);
+    }
 };
 
 void histogramSvg(std::string& out, const Measurement& m, const Summary& s) {
@@ -127,13 +134,15 @@ void mclogSection(std::string& out, const Measurement& m) {
                shown(processCapability(s, m.low, m.high)) + "</td>";
     out += "</tr>\n</table>\n";
     if (s.count > 0) histogramSvg(out, m, s);
-    out += "<div class=\"runs\"><table>\n<tr><th class=\"name\">run</th><th>" + xmlEscaped(m.name) + "</th></tr>\n";
+    out += "<div class=\"runs\"><table>\n<tr><th>run</th><th>" + xmlEscaped(m.name) + "</th></tr>\n";
     for (size_t i = 0; i < m.n; ++i) {
         double v = m.values[i];
         bool fail = std::isnan(v) || v < m.low || v > m.high;
-        out += fail ? "<tr class=\"fail\"><td class=\"name\">" : "<tr><td class=\"name\">";
-        out += m.labels.empty() ? std::to_string(i + 1) : xmlEscaped(m.labels[i]);
-        out += "</td><td>" + shown(v) + "</td></tr>\n";
+        out += fail ? "<tr class=\"fail\"><td>" : "<tr><td>";
+        m.appendLabel(out, i);
+        out += "</td><td>";
+        out += std::isnan(v) ? "–" : formatEngineering(v, 6);  // engineering text needs no escaping
+        out += "</td></tr>\n";
     }
     out += "</table></div>\n";
 }
@@ -151,16 +160,17 @@ FUNC_ERROR finish(FuncResult* result, const std::string& path, const std::string
 
 bool isDataFileName(std::string_view s) { return s.size() > 4 && iequals(s.substr(s.size() - 4), ".xml"); }
 
-// The measurements of a data file's runs, their values gathered into `columns`.
-void measurementsOfRuns(const StatData& data, std::vector<std::vector<double>>& columns, std::vector<Measurement>& out) {
+// The measurements of a data file's runs, their values gathered into `columns` and their labels
+// into `labels`.
+void measurementsOfRuns(const StatData& data, std::vector<std::vector<double>>& columns, std::vector<std::string>& labels,
+                        std::vector<Measurement>& out) {
     columns.assign(data.measurements.size(), {});
-    std::vector<std::string> labels;
     for (const auto& r : data.runs) {
         labels.push_back(r.label);
         for (size_t m = 0; m < columns.size(); ++m) columns[m].push_back(r.values[m]);
     }
     for (size_t m = 0; m < columns.size(); ++m)
-        out.push_back({data.measurements[m], columns[m].data(), columns[m].size(), labels});
+        out.push_back({data.measurements[m], columns[m].data(), columns[m].size(), nullptr, &labels});
 }
 
 // The measurements named by argument 1 and given as arguments 2, 3, …, one value per run each;
@@ -178,9 +188,8 @@ bool measurementVectors(const FuncArgs& args, const FuncInfo* info, MessageHandl
             messages.error("Measurement '%s' of function '%s' must be real", std::string(args.string(1, k)), info->name);
             return false;
         }
-        Measurement m{std::string(args.string(1, k)), args.data(i), static_cast<size_t>(args.totalLength(i)), {}};
-        if (const double* x = args.vector(i)->ref.real())
-            for (size_t r = 0; r < m.n; ++r) m.labels.push_back(formatEngineering(x[r], 6));
+        Measurement m{std::string(args.string(1, k)), args.data(i), static_cast<size_t>(args.totalLength(i)),
+                      args.vector(i)->ref.real(), nullptr};
         if (k > 0 && m.n != out[0].n) {
             messages.error("Measurements %s of function '%s' have different run counts (%d and %d)",
                            "'" + out[0].name + "' and '" + m.name + "'", info->name, static_cast<int64_t>(out[0].n),
@@ -195,6 +204,7 @@ bool measurementVectors(const FuncArgs& args, const FuncInfo* info, MessageHandl
 FUNC_ERROR buildMclogHTML(WAVEX_HANDLER_PARAMS) {
     std::vector<Measurement> measurements;
     std::vector<std::vector<double>> columns;
+    std::vector<std::string> labels;
     int next = 2;  // the argument after the measurements
     if (args.length(1) == 1 && isDataFileName(args.string(1))) {
         StatData data;
@@ -202,7 +212,7 @@ FUNC_ERROR buildMclogHTML(WAVEX_HANDLER_PARAMS) {
             messages->error("%s", failure);
             return FUNC_FAILED;
         }
-        measurementsOfRuns(data, columns, measurements);
+        measurementsOfRuns(data, columns, labels, measurements);
     } else {
         if (!measurementVectors(args, info, *messages, measurements)) return FUNC_FAILED;
         next += static_cast<int>(measurements.size());
@@ -224,6 +234,9 @@ FUNC_ERROR buildMclogHTML(WAVEX_HANDLER_PARAMS) {
     auto css = styleSheet("MonteCarloCss", *messages);
     if (!css) return FUNC_FAILED;
     std::string page = pageStart("Monte Carlo analysis", *css);
+    size_t runs = 0;
+    for (const Measurement& m : measurements) runs += m.n;
+    page.reserve(page.size() + 64 * runs + 16384 * measurements.size());  // one allocation for the rows
     for (const Measurement& m : measurements) mclogSection(page, m);
     page += "</body>\n</html>\n";
     return finish(result, std::string(args.string(0)), page, measurements.size(), *messages);
@@ -336,11 +349,12 @@ FUNC_ERROR buildSensitivityHTML(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR buildWorstCaseHTML(WAVEX_HANDLER_PARAMS) {
     std::vector<Measurement> measurements;
     std::vector<std::vector<double>> columns;
+    std::vector<std::string> labels;
     std::optional<StatData> data;
     if (args.count() == 2) {
         data = dataFileOf(args, 1, *messages);
         if (!data) return FUNC_FAILED;
-        measurementsOfRuns(*data, columns, measurements);
+        measurementsOfRuns(*data, columns, labels, measurements);
     } else if (!measurementVectors(args, info, *messages, measurements)) {
         return FUNC_FAILED;
     } else if (args.count() != 2 + static_cast<int>(measurements.size())) {
@@ -369,8 +383,9 @@ FUNC_ERROR buildWorstCaseHTML(WAVEX_HANDLER_PARAMS) {
                 page += "<td>–</td><td class=\"name\">–</td>";
                 for (size_t p = 0; p < settings; ++p) page += "<td>–</td>";
             } else {
-                page += "<td>" + shown(m.values[i]) + "</td><td class=\"name\">" +
-                        (m.labels.empty() ? std::to_string(i + 1) : xmlEscaped(m.labels[i])) + "</td>";
+                page += "<td>" + shown(m.values[i]) + "</td><td class=\"name\">";
+                m.appendLabel(page, i);
+                page += "</td>";
                 for (size_t p = 0; p < settings; ++p) page += "<td>" + shown(data->runs[i].settings[p]) + "</td>";
             }
             page += "</tr>\n";

@@ -9,36 +9,39 @@ namespace wavex {
 namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-double percentile(const std::vector<double>& sorted, double p) {
-    double rank = p / 100 * static_cast<double>(sorted.size() - 1);
-    size_t below = static_cast<size_t>(rank);
-    if (below + 1 >= sorted.size()) return sorted.back();
-    return sorted[below] + (rank - static_cast<double>(below)) * (sorted[below + 1] - sorted[below]);
-}
 }  // namespace
 
 Summary summarize(const double* values, size_t n) {
-    std::vector<double> sorted;
-    sorted.reserve(n);
+    std::vector<double> finite;
+    finite.reserve(n);
     for (size_t i = 0; i < n; ++i)
-        if (std::isfinite(values[i])) sorted.push_back(values[i]);
+        if (std::isfinite(values[i])) finite.push_back(values[i]);
     Summary s;
-    s.count = sorted.size();
-    if (sorted.empty()) {
+    s.count = finite.size();
+    if (finite.empty()) {
         s.mean = s.stddev = s.minimum = s.maximum = s.p1 = s.p5 = s.p50 = s.p95 = s.p99 = kNaN;
         return s;
     }
     double sum = 0;
-    for (double v : sorted) sum += v;
+    for (double v : finite) sum += v;
     s.mean = sum / static_cast<double>(s.count);
     double squares = 0;
-    for (double v : sorted) squares += (v - s.mean) * (v - s.mean);
+    for (double v : finite) squares += (v - s.mean) * (v - s.mean);
     s.stddev = s.count > 1 ? std::sqrt(squares / static_cast<double>(s.count - 1)) : 0;
-    std::sort(sorted.begin(), sorted.end());
-    s.minimum = sorted.front();
-    s.maximum = sorted.back();
-    s.p1 = percentile(sorted, 1), s.p5 = percentile(sorted, 5), s.p50 = percentile(sorted, 50);
-    s.p95 = percentile(sorted, 95), s.p99 = percentile(sorted, 99);
+    s.minimum = *std::min_element(finite.begin(), finite.end());
+    s.maximum = *std::max_element(finite.begin(), finite.end());
+    // Ascending percentiles by selection: each narrows the part left to order.
+    auto from = finite.begin();
+    double* out[] = {&s.p1, &s.p5, &s.p50, &s.p95, &s.p99};
+    const double ps[] = {1, 5, 50, 95, 99};
+    for (size_t k = 0; k < 5; ++k) {
+        double rank = ps[k] / 100 * static_cast<double>(s.count - 1);
+        auto below = finite.begin() + static_cast<std::ptrdiff_t>(rank);
+        std::nth_element(from, below, finite.end());
+        double low = *below, high = below + 1 < finite.end() ? *std::min_element(below + 1, finite.end()) : low;
+        *out[k] = low + (rank - std::floor(rank)) * (high - low);
+        from = below;
+    }
     return s;
 }
 
