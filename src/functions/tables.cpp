@@ -54,12 +54,19 @@ std::optional<TextTable> readTable(const FuncArgs& args, int delimiterArg, const
             return std::nullopt;
         }
     }
-    TextTable table(lines, delimiter);
-    if (!table.ok()) {
-        messages.error("%s in function '%s'", table.error(), info->name);
+    std::optional<TextTable> table(std::in_place, lines, delimiter);
+    if (!table->ok()) {
+        messages.error("%s in function '%s'", table->error(), info->name);
         return std::nullopt;
     }
     return table;
+}
+
+// Cuts the table's rows keeping the columns given; false (reported) for a ragged table.
+bool keepColumns(TextTable& table, std::vector<size_t> columns, const FuncInfo* info, MessageHandler& messages) {
+    if (table.keep(std::move(columns))) return true;
+    messages.error("%s in function '%s'", table.error(), info->name);
+    return false;
 }
 
 // The identifiers of an expression, each once.
@@ -81,17 +88,22 @@ public:
 // A column the condition reads: its cells as numbers (NaN where a cell is not one).
 struct ReadColumn {
     std::string name;
-    size_t index;
+    size_t index;  // among the kept columns
     std::vector<double> values;
     std::vector<uint8_t> numeric;
     bool allNumeric = true;
 };
 
-// Which rows of the table meet `condition`; nullopt (reported) when it cannot be evaluated.
-std::optional<std::vector<uint8_t>> rowsMeeting(const TextTable& table, std::string_view condition,
+// Which rows of the table meet `condition`; nullopt (reported) when it cannot be evaluated. Cuts
+// the rows keeping the columns `wanted` (kept columns 0, 1, … for the caller) and those the
+// condition reads.
+std::optional<std::vector<uint8_t>> rowsMeeting(TextTable& table, std::vector<size_t> wanted, std::string_view condition,
                                                 const FuncInfo* info, const YRef<MessageHandler>& messages) {
     const size_t rows = table.rows();
-    if (trim(condition).empty()) return std::vector<uint8_t>(rows, 1);
+    if (trim(condition).empty()) {
+        if (!keepColumns(table, std::move(wanted), info, *messages)) return std::nullopt;
+        return std::vector<uint8_t>(rows, 1);
+    }
     ScpInterface* host = dyn_GetScpInterface();
     NameCollector collector;
     std::string syntax;
@@ -100,17 +112,21 @@ std::optional<std::vector<uint8_t>> rowsMeeting(const TextTable& table, std::str
         return std::nullopt;
     }
     std::vector<ReadColumn> read;
-    for (const std::string& name : collector.names) {
-        auto c = table.column(name);
-        if (!c) continue;
-        ReadColumn col{name, *c, std::vector<double>(rows), std::vector<uint8_t>(rows)};
+    for (const std::string& name : collector.names)
+        if (auto c = table.column(name)) {
+            read.push_back({name, wanted.size(), {}, {}});
+            wanted.push_back(*c);
+        }
+    if (!keepColumns(table, std::move(wanted), info, *messages)) return std::nullopt;
+    for (ReadColumn& col : read) {
+        col.values.resize(rows);
+        col.numeric.resize(rows);
         for (size_t r = 0; r < rows; ++r) {
-            auto v = parseNumber(table.cell(r, *c));
+            auto v = parseNumber(table.cell(r, col.index));
             col.values[r] = v.value_or(NAN);
             col.numeric[r] = v.has_value();
             col.allNumeric = col.allNumeric && v.has_value();
         }
-        read.push_back(std::move(col));
     }
 
     // Groups of rows alike in the text cells read: the key lists, per mixed column, the text of a
@@ -202,19 +218,22 @@ FUNC_ERROR selectColumns(WAVEX_HANDLER_PARAMS) {
         }
         picked.push_back(*c);
     }
+    const size_t n = picked.size();
     const char delimiter = table->delimiter();
     auto join = [&](auto cellOf) {
         std::string line;
-        for (size_t k = 0; k < picked.size(); ++k) {
+        for (size_t k = 0; k < n; ++k) {
             if (k) line += delimiter;
-            line += cellOf(picked[k]);
+            line += cellOf(k);
         }
         return line;
     };
+    std::string header = join([&](size_t k) { return table->headerRaw(picked[k]); });
+    if (!keepColumns(*table, std::move(picked), info, *messages)) return FUNC_FAILED;
     if (!result->makeStrings(static_cast<int64_t>(table->rows() + 1))) return FUNC_FAILED;
     StrElem* out = result->stringData();
-    out[0] = join([&](size_t c) { return table->headerRaw(c); });
-    for (size_t r = 0; r < table->rows(); ++r) out[r + 1] = join([&](size_t c) { return table->raw(r, c); });
+    out[0] = std::move(header);
+    for (size_t r = 0; r < table->rows(); ++r) out[r + 1] = join([&](size_t k) { return table->raw(r, k); });
     return FUNC_OK;
 }
 
@@ -222,7 +241,7 @@ FUNC_ERROR selectRows(WAVEX_HANDLER_PARAMS) {
     std::vector<std::string_view> lines;
     auto table = readTable(args, 2, info, *messages, lines);
     if (!table) return FUNC_FAILED;
-    auto meets = rowsMeeting(*table, args.string(1), info, messages);
+    auto meets = rowsMeeting(*table, {}, args.string(1), info, messages);
     if (!meets) return FUNC_FAILED;
     std::vector<std::string_view> kept{table->header()};
     for (size_t r = 0; r < table->rows(); ++r)
@@ -239,11 +258,11 @@ FUNC_ERROR queryData(WAVEX_HANDLER_PARAMS) {
         messages->error("The table has no column '%s' in function '%s'", std::string(args.string(1)), info->name);
         return FUNC_FAILED;
     }
-    auto meets = rowsMeeting(*table, args.count() > 2 ? args.string(2) : "", info, messages);
+    auto meets = rowsMeeting(*table, {*column}, args.count() > 2 ? args.string(2) : "", info, messages);
     if (!meets) return FUNC_FAILED;
     std::vector<std::string_view> cells;
     for (size_t r = 0; r < table->rows(); ++r)
-        if ((*meets)[r]) cells.push_back(table->cell(r, *column));
+        if ((*meets)[r]) cells.push_back(table->cell(r, 0));
     std::vector<double> numbers(cells.size());
     for (size_t i = 0; i < cells.size(); ++i) {
         auto v = parseNumber(cells[i]);

@@ -45,7 +45,7 @@ void TextTable::cut(std::string_view line, std::vector<std::string_view>& out) c
         sp_SplitLine(line, delimiter_, "\"", out, kSplitKeepQuotes);
 }
 
-TextTable::TextTable(std::vector<std::string_view> lines, char delimiter) {
+TextTable::TextTable(std::span<const std::string_view> lines, char delimiter) {
     size_t first = 0;
     while (first < lines.size() && blankLine(lines[first])) ++first;
     if (first == lines.size()) {
@@ -60,20 +60,26 @@ TextTable::TextTable(std::vector<std::string_view> lines, char delimiter) {
         error_ = "The table's header names no columns";
         return;
     }
-    std::vector<std::string_view> fields;
     rowLines_.reserve(lines.size() - first - 1);
-    cells_.reserve((lines.size() - first - 1) * columns_);
-    for (size_t i = first + 1; i < lines.size(); ++i) {
-        if (blankLine(lines[i])) continue;
-        cut(lines[i], fields);
+    for (size_t i = first + 1; i < lines.size(); ++i)
+        if (!blankLine(lines[i])) rowLines_.push_back(lines[i]);
+}
+
+bool TextTable::keep(std::vector<size_t> columns) {
+    kept_ = std::move(columns);
+    cells_.clear();
+    cells_.reserve(rowLines_.size() * kept_.size());
+    std::vector<std::string_view> fields;
+    for (size_t r = 0; r < rowLines_.size(); ++r) {
+        cut(rowLines_[r], fields);
         if (fields.size() != columns_) {
-            error_ = "Row " + std::to_string(rowLines_.size() + 1) + " of the table has " + std::to_string(fields.size()) +
+            error_ = "Row " + std::to_string(r + 1) + " of the table has " + std::to_string(fields.size()) +
                      " cells, the header has " + std::to_string(columns_);
-            return;
+            return false;
         }
-        rowLines_.push_back(lines[i]);
-        cells_.insert(cells_.end(), fields.begin(), fields.end());
+        for (size_t c : kept_) cells_.push_back(fields[c]);
     }
+    return true;
 }
 
 std::optional<size_t> TextTable::column(std::string_view nameOrIndex) const {
