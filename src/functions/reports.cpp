@@ -6,7 +6,8 @@
 // returns the number of records now in it. MSWReadHeader(file): the header as a parameter string,
 // `analysis=sensitivity parameters="R1 R2" measurements="gain bw" runs=2` (runs: perturbation
 // records or runs). XmlValidate(file, schema): the problems of an XML file against an XSD as
-// "line N: message", empty when valid.
+// "line N: message", empty when valid; "%SHAREPATH%" in either path is the shipped data directory
+// (the schema of the data files is %SHAREPATH%/schema/statdata.xsd).
 //
 // BuildMclogHTML(outFile, names, m1 [, m2 ...] [, limits]) writes an XHTML page with one section
 // per measurement m_i (one value per run; x-values, when present, label the runs): count, mean,
@@ -52,10 +53,16 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
+// A path with "%SHAREPATH%" standing for the shipped data directory.
+std::string sharePath(std::string_view path) {
+    std::string p(path);
+    if (size_t at = p.find("%SHAREPATH%"); at != std::string::npos) p.replace(at, 11, WAVEX_SHARE_DIR);
+    return p;
+}
+
 // The style sheet an option names, read; nullopt (reported) when it cannot be.
 std::optional<std::string> styleSheet(const char* option, MessageHandler& messages) {
-    std::string path = sp_GetStringOption(option, "%SHAREPATH%/html/css/msw.css");
-    if (size_t at = path.find("%SHAREPATH%"); at != std::string::npos) path.replace(at, 11, WAVEX_SHARE_DIR);
+    std::string path = sharePath(sp_GetStringOption(option, "%SHAREPATH%/html/css/msw.css"));
     std::string css;
     if (std::string failure = readWholeFile(path, css); !failure.empty()) {
         messages.error("%s (the style sheet of option %s)", failure, option);
@@ -464,7 +471,7 @@ FUNC_ERROR mswReadHeader(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR xmlValidate(WAVEX_HANDLER_PARAMS) {
     std::string failure;
-    std::vector<std::string> problems = validateXml(std::string(args.string(0)), std::string(args.string(1)), &failure);
+    std::vector<std::string> problems = validateXml(sharePath(args.string(0)), sharePath(args.string(1)), &failure);
     if (!failure.empty()) {
         messages->error("%s", failure);
         return FUNC_FAILED;
@@ -474,6 +481,70 @@ FUNC_ERROR xmlValidate(WAVEX_HANDLER_PARAMS) {
     for (auto& p : problems) (out++)->emplace(std::move(p));
     return FUNC_OK;
 }
+
+// Rows in the coming registration format, with their reference entries (to replace kFunctions
+// once FuncInfo carries argument kinds and references):
+//
+//   {"BuildMclogHTML", {arg::String, arg::String, arg::Any.upTo(33)}, 2, buildMclogHTML,
+//    {.signature = "BuildMclogHTML(outFile, names, m1 [, m2 ...] [, limits])  or  (outFile, dataFile [, limits])",
+//     .summary = "An XHTML report of Monte Carlo measurements: statistics, histograms, runs.",
+//     .returns = "a number: the measurements reported",
+//     .notes = "Each measurement has one value per run (x-values label the runs). Count, mean, sample "
+//              "standard deviation, min, max, percentiles 1/5/50/95/99 (linear); with limits ([low, "
+//              "high] per measurement, NaN for none) yield and Cpk. Histogram of MCNumberOfBins bins "
+//              "(else sqrt(count), at most 50). Style sheet from MonteCarloCss. A one-element names "
+//              "ending in .xml reads a data file's runs.",
+//     .example = "BuildMclogHTML('mc.html', ['gain'], 20 + sin(vector(100)), [19.5, 20.5])"}},
+//   {"BuildSensitivityHTML", {arg::String, arg::String}, 2, buildSensitivityHTML,
+//    {.signature = "BuildSensitivityHTML(outFile, dataFile)",
+//     .summary = "An XHTML report of the sensitivities in a data file, with bar charts.",
+//     .returns = "a number: the table rows (measurements x perturbations)",
+//     .notes = "Absolute dm/dp and normalised (dm/m)/(dp/p), largest normalised magnitude first. Style "
+//              "sheet from SensitivityCss.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); BuildSensitivityHTML('s.html', 's.xml')"}},
+//   {"BuildSensitivityCsv", {arg::String, arg::String}, 2, buildSensitivityCsv,
+//    {.signature = "BuildSensitivityCsv(outFile, dataFile)",
+//     .summary = "The sensitivities of a data file as CSV: measurement, parameter, absolute, normalised.",
+//     .returns = "a number: the rows written",
+//     .notes = "Ordered as in BuildSensitivityHTML.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+//                "BuildSensitivityCsv('s.csv', 's.xml'); QueryData(ReadFile('s.csv'), 'parameter')"}},
+//   {"BuildSensitivityPerturbCsv", {arg::String, arg::String}, 2, buildSensitivityPerturbCsv,
+//    {.signature = "BuildSensitivityPerturbCsv(outFile, dataFile)",
+//     .summary = "The raw perturbation records of a data file as CSV.",
+//     .returns = "a number: the rows written (records x measurements)",
+//     .notes = "Columns: parameter, nominal, perturbed, measurement, nominal value, perturbed value.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+//                "BuildSensitivityPerturbCsv('p.csv', 's.xml'); ReadFile('p.csv')"}},
+//   {"BuildWorstCaseHTML", {arg::String, arg::String, arg::Any.upTo(32)}, 2, buildWorstCaseHTML,
+//    {.signature = "BuildWorstCaseHTML(outFile, dataFile)  or  (outFile, names, m1 [, m2 ...])",
+//     .summary = "An XHTML report of the minimum and maximum of each measurement over the runs.",
+//     .returns = "a number: the measurements reported",
+//     .notes = "With each extreme the run that gave it and that run's parameter settings (data file) "
+//              "or x-value. Style sheet from WorstCaseCss.",
+//     .example = "BuildWorstCaseHTML('wc.html', ['gain', 'bw'], [20, 21, 19], [1e6, 2e6, 3e6])"}},
+//   {"AppendSensitivityData", {arg::String, arg::String, arg::Real, arg::Real, arg::String, arg::Real, arg::Real}, 7,
+//    appendSensitivityData,
+//    {.signature = "AppendSensitivityData(file, parameter, nominal, perturbed, names, nominalValues, perturbedValues)",
+//     .summary = "Appends one perturbation record to a sensitivity data file.",
+//     .returns = "a number: the records now in the file",
+//     .notes = "Makes the file when missing; names, nominalValues and perturbedValues pair by position "
+//              "and must be equally long. Written to a temporary file and renamed.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, ['gain', 'bw'], [20, 1e6], [20.2, 0.99e6])"}},
+//   {"MSWReadHeader", {arg::String}, 1, mswReadHeader,
+//    {.signature = "MSWReadHeader(file)",
+//     .summary = "The header of a statistical data file as a parameter string.",
+//     .returns = "a string: analysis, parameters, measurements and runs",
+//     .notes = "runs counts perturbation records and runs. A missing or malformed file fails.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); MSWReadHeader('s.xml')"}},
+//   {"XmlValidate", {arg::String, arg::String}, 2, xmlValidate,
+//    {.signature = "XmlValidate(file, schema)",
+//     .summary = "The problems of an XML file against an XSD schema.",
+//     .returns = "strings 'line N: message', empty when valid",
+//     .notes = "%SHAREPATH% in a path is the shipped data directory; the data files' schema is "
+//              "%SHAREPATH%/schema/statdata.xsd. A schema that is not XSD or a missing file fails.",
+//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+//                "length(XmlValidate('s.xml', '%SHAREPATH%/schema/statdata.xsd'))"}},
 
 constexpr int kMaxMeasurements = 32;
 constexpr auto kMclogArgs = [] {
