@@ -77,7 +77,13 @@ bool TextTable::keep(std::vector<size_t> columns) {
                      " cells, the header has " + std::to_string(columns_);
             return false;
         }
-        for (size_t c : kept_) cells_.push_back(fields[c]);
+        if (rowLines_[r].size() > UINT32_MAX) {
+            error_ = "Row " + std::to_string(r + 1) + " of the table is longer than 4 GB";
+            return false;
+        }
+        for (size_t c : kept_)
+            cells_.push_back({static_cast<uint32_t>(fields[c].data() - rowLines_[r].data()),
+                              static_cast<uint32_t>(fields[c].size())});
     }
     return true;
 }

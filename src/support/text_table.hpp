@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -50,7 +51,10 @@ public:
     // and without its enclosing quotes.
     std::string_view line(size_t r) const { return rowLines_[r]; }
     std::string_view header() const { return headerLine_; }
-    std::string_view raw(size_t r, size_t k) const { return cells_[r * kept_.size() + k]; }
+    std::string_view raw(size_t r, size_t k) const {
+        const Cell& c = cells_[r * kept_.size() + k];
+        return rowLines_[r].substr(c.offset, c.length);
+    }
     std::string_view cell(size_t r, size_t k) const { return text(raw(r, k)); }
     std::string_view headerRaw(size_t c) const { return header_[c]; }
     static std::string_view text(std::string_view raw);
@@ -64,7 +68,10 @@ private:
     std::vector<std::string_view> header_;
     std::vector<std::string_view> rowLines_;
     std::vector<size_t> kept_;
-    std::vector<std::string_view> cells_;  // row-major, kept_.size() per row
+    struct Cell {
+        uint32_t offset, length;  // within the row's line: half the size of a view
+    };
+    std::vector<Cell> cells_;  // row-major, kept_.size() per row
     std::string error_;
 };
 
