@@ -482,90 +482,68 @@ FUNC_ERROR xmlValidate(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-// Rows in the coming registration format, with their reference entries (to replace kFunctions
-// once FuncInfo carries argument kinds and references):
-//
-//   {"BuildMclogHTML", {arg::String, arg::String, arg::Any.upTo(33)}, 2, buildMclogHTML,
-//    {.signature = "BuildMclogHTML(outFile, names, m1 [, m2 ...] [, limits])  or  (outFile, dataFile [, limits])",
-//     .summary = "An XHTML report of Monte Carlo measurements: statistics, histograms, runs.",
-//     .returns = "a number: the measurements reported",
-//     .notes = "Each measurement has one value per run (x-values label the runs). Count, mean, sample "
-//              "standard deviation, min, max, percentiles 1/5/50/95/99 (linear); with limits ([low, "
-//              "high] per measurement, NaN for none) yield and Cpk. Histogram of MCNumberOfBins bins "
-//              "(else sqrt(count), at most 50). Style sheet from MonteCarloCss. A one-element names "
-//              "ending in .xml reads a data file's runs.",
-//     .example = "BuildMclogHTML('mc.html', ['gain'], 20 + sin(vector(100)), [19.5, 20.5])"}},
-//   {"BuildSensitivityHTML", {arg::String, arg::String}, 2, buildSensitivityHTML,
-//    {.signature = "BuildSensitivityHTML(outFile, dataFile)",
-//     .summary = "An XHTML report of the sensitivities in a data file, with bar charts.",
-//     .returns = "a number: the table rows (measurements x perturbations)",
-//     .notes = "Absolute dm/dp and normalised (dm/m)/(dp/p), largest normalised magnitude first. Style "
-//              "sheet from SensitivityCss.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); BuildSensitivityHTML('s.html', 's.xml')"}},
-//   {"BuildSensitivityCsv", {arg::String, arg::String}, 2, buildSensitivityCsv,
-//    {.signature = "BuildSensitivityCsv(outFile, dataFile)",
-//     .summary = "The sensitivities of a data file as CSV: measurement, parameter, absolute, normalised.",
-//     .returns = "a number: the rows written",
-//     .notes = "Ordered as in BuildSensitivityHTML.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
-//                "BuildSensitivityCsv('s.csv', 's.xml'); QueryData(ReadFile('s.csv'), 'parameter')"}},
-//   {"BuildSensitivityPerturbCsv", {arg::String, arg::String}, 2, buildSensitivityPerturbCsv,
-//    {.signature = "BuildSensitivityPerturbCsv(outFile, dataFile)",
-//     .summary = "The raw perturbation records of a data file as CSV.",
-//     .returns = "a number: the rows written (records x measurements)",
-//     .notes = "Columns: parameter, nominal, perturbed, measurement, nominal value, perturbed value.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
-//                "BuildSensitivityPerturbCsv('p.csv', 's.xml'); ReadFile('p.csv')"}},
-//   {"BuildWorstCaseHTML", {arg::String, arg::String, arg::Any.upTo(32)}, 2, buildWorstCaseHTML,
-//    {.signature = "BuildWorstCaseHTML(outFile, dataFile)  or  (outFile, names, m1 [, m2 ...])",
-//     .summary = "An XHTML report of the minimum and maximum of each measurement over the runs.",
-//     .returns = "a number: the measurements reported",
-//     .notes = "With each extreme the run that gave it and that run's parameter settings (data file) "
-//              "or x-value. Style sheet from WorstCaseCss.",
-//     .example = "BuildWorstCaseHTML('wc.html', ['gain', 'bw'], [20, 21, 19], [1e6, 2e6, 3e6])"}},
-//   {"AppendSensitivityData", {arg::String, arg::String, arg::Real, arg::Real, arg::String, arg::Real, arg::Real}, 7,
-//    appendSensitivityData,
-//    {.signature = "AppendSensitivityData(file, parameter, nominal, perturbed, names, nominalValues, perturbedValues)",
-//     .summary = "Appends one perturbation record to a sensitivity data file.",
-//     .returns = "a number: the records now in the file",
-//     .notes = "Makes the file when missing; names, nominalValues and perturbedValues pair by position "
-//              "and must be equally long. Written to a temporary file and renamed.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, ['gain', 'bw'], [20, 1e6], [20.2, 0.99e6])"}},
-//   {"MSWReadHeader", {arg::String}, 1, mswReadHeader,
-//    {.signature = "MSWReadHeader(file)",
-//     .summary = "The header of a statistical data file as a parameter string.",
-//     .returns = "a string: analysis, parameters, measurements and runs",
-//     .notes = "runs counts perturbation records and runs. A missing or malformed file fails.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); MSWReadHeader('s.xml')"}},
-//   {"XmlValidate", {arg::String, arg::String}, 2, xmlValidate,
-//    {.signature = "XmlValidate(file, schema)",
-//     .summary = "The problems of an XML file against an XSD schema.",
-//     .returns = "strings 'line N: message', empty when valid",
-//     .notes = "%SHAREPATH% in a path is the shipped data directory; the data files' schema is "
-//              "%SHAREPATH%/schema/statdata.xsd. A schema that is not XSD or a missing file fails.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
-//                "length(XmlValidate('s.xml', '%SHAREPATH%/schema/statdata.xsd'))"}},
 
-constexpr int kMaxMeasurements = 32;
-constexpr auto kMclogArgs = [] {
-    std::array<int, kMaxMeasurements + 3> kinds{};
-    kinds.fill(ARG_ANY);
-    kinds[0] = ARG_STRING;
-    kinds[1] = ARG_STRING;
-    return kinds;
-}();
-constexpr int kAppendArgs[] = {ARG_STRING, ARG_STRING, ARG_REAL, ARG_REAL, ARG_STRING, ARG_REAL, ARG_REAL};
-constexpr int kStrings[] = {ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"BuildMclogHTML", kMclogArgs.data(), 2, kMaxMeasurements + 3, buildMclogHTML},
-    {"BuildWorstCaseHTML", kMclogArgs.data(), 2, kMaxMeasurements + 2, buildWorstCaseHTML},
-    {"BuildSensitivityHTML", kStrings, 2, 2, buildSensitivityHTML},
-    {"BuildSensitivityCsv", kStrings, 2, 2, buildSensitivityCsv},
-    {"BuildSensitivityPerturbCsv", kStrings, 2, 2, buildSensitivityPerturbCsv},
-    {"AppendSensitivityData", kAppendArgs, 7, 7, appendSensitivityData},
-    {"MSWReadHeader", kStrings, 1, 1, mswReadHeader},
-    {"XmlValidate", kStrings, 2, 2, xmlValidate},
+constexpr FuncInfo kFunctions[] = {
+    FuncInfo("BuildMclogHTML", {arg::String, arg::String, arg::Any.upTo(kMaxArgs - 2)}, 2, buildMclogHTML,
+     {.signature = "BuildMclogHTML(outFile, names, m1 [, m2 ...] [, limits])  or  (outFile, dataFile [, limits])",
+      .summary = "An XHTML report of Monte Carlo measurements: statistics, histograms, runs.",
+      .returns = "a number: the measurements reported",
+      .notes = "Each measurement has one value per run (x-values label the runs). Count, mean, sample "
+               "standard deviation, min, max, percentiles 1/5/50/95/99 (linear); with limits ([low, "
+               "high] per measurement, NaN for none) yield and Cpk. Histogram of MCNumberOfBins bins "
+               "(else sqrt(count), at most 50). Style sheet from MonteCarloCss. A one-element names "
+               "ending in .xml reads a data file's runs.",
+      .example = "BuildMclogHTML('mc.html', ['gain'], 20 + sin(vector(100)), [19.5, 20.5])"}).outsideSafeMode(),
+    FuncInfo("BuildSensitivityHTML", {arg::String, arg::String}, 2, buildSensitivityHTML,
+     {.signature = "BuildSensitivityHTML(outFile, dataFile)",
+      .summary = "An XHTML report of the sensitivities in a data file, with bar charts.",
+      .returns = "a number: the table rows (measurements x perturbations)",
+      .notes = "Absolute dm/dp and normalised (dm/m)/(dp/p), largest normalised magnitude first. Style "
+               "sheet from SensitivityCss.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); BuildSensitivityHTML('s.html', 's.xml')"}).outsideSafeMode(),
+    FuncInfo("BuildSensitivityCsv", {arg::String, arg::String}, 2, buildSensitivityCsv,
+     {.signature = "BuildSensitivityCsv(outFile, dataFile)",
+      .summary = "The sensitivities of a data file as CSV: measurement, parameter, absolute, normalised.",
+      .returns = "a number: the rows written",
+      .notes = "Ordered as in BuildSensitivityHTML.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+                 "BuildSensitivityCsv('s.csv', 's.xml'); QueryData(ReadFile('s.csv'), 'parameter')"}).outsideSafeMode(),
+    FuncInfo("BuildSensitivityPerturbCsv", {arg::String, arg::String}, 2, buildSensitivityPerturbCsv,
+     {.signature = "BuildSensitivityPerturbCsv(outFile, dataFile)",
+      .summary = "The raw perturbation records of a data file as CSV.",
+      .returns = "a number: the rows written (records x measurements)",
+      .notes = "Columns: parameter, nominal, perturbed, measurement, nominal value, perturbed value.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+                 "BuildSensitivityPerturbCsv('p.csv', 's.xml'); ReadFile('p.csv')"}).outsideSafeMode(),
+    FuncInfo("BuildWorstCaseHTML", {arg::String, arg::String, arg::Any.upTo(kMaxArgs - 2)}, 2, buildWorstCaseHTML,
+     {.signature = "BuildWorstCaseHTML(outFile, dataFile)  or  (outFile, names, m1 [, m2 ...])",
+      .summary = "An XHTML report of the minimum and maximum of each measurement over the runs.",
+      .returns = "a number: the measurements reported",
+      .notes = "With each extreme the run that gave it and that run's parameter settings (data file) "
+               "or x-value. Style sheet from WorstCaseCss.",
+      .example = "BuildWorstCaseHTML('wc.html', ['gain', 'bw'], [20, 21, 19], [1e6, 2e6, 3e6])"}).outsideSafeMode(),
+    FuncInfo("AppendSensitivityData", {arg::String, arg::String, arg::Real, arg::Real, arg::String, arg::Real, arg::Real}, 7,
+     appendSensitivityData,
+     {.signature = "AppendSensitivityData(file, parameter, nominal, perturbed, names, nominalValues, perturbedValues)",
+      .summary = "Appends one perturbation record to a sensitivity data file.",
+      .returns = "a number: the records now in the file",
+      .notes = "Makes the file when missing; names, nominalValues and perturbedValues pair by position "
+               "and must be equally long. Written to a temporary file and renamed.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, ['gain', 'bw'], [20, 1e6], [20.2, 0.99e6])"}).outsideSafeMode(),
+    {"MSWReadHeader", {arg::String}, 1, mswReadHeader,
+     {.signature = "MSWReadHeader(file)",
+      .summary = "The header of a statistical data file as a parameter string.",
+      .returns = "a string: analysis, parameters, measurements and runs",
+      .notes = "runs counts perturbation records and runs. A missing or malformed file fails.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); MSWReadHeader('s.xml')"}},
+    {"XmlValidate", {arg::String, arg::String}, 2, xmlValidate,
+     {.signature = "XmlValidate(file, schema)",
+      .summary = "The problems of an XML file against an XSD schema.",
+      .returns = "strings 'line N: message', empty when valid",
+      .notes = "%SHAREPATH% in a path is the shipped data directory; the data files' schema is "
+               "%SHAREPATH%/schema/statdata.xsd. A schema that is not XSD or a missing file fails.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+                 "length(XmlValidate('s.xml', '%SHAREPATH%/schema/statdata.xsd'))"}},
 };
 
 const FuncFamily family(kFunctions);

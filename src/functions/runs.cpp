@@ -134,33 +134,23 @@ FUNC_ERROR diffMergeVecs(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-// Rows in the coming registration format, with their reference entries (to replace kFunctions
-// once FuncInfo carries argument kinds and references):
-//
-//   {"CopyDivisionData", {arg::Any.all(), arg::Any.all()}, 2, copyDivisionData,
-//    {.signature = "CopyDivisionData(v, runs)",
-//     .summary = "A new value of the chosen runs of v, in the order asked.",
-//     .returns = "v's kind and units, one run per index or label asked, each with its x-values and label",
-//     .notes = "runs are 0-based indices or, as strings, run labels (case ignored); a run may be chosen "
-//              "twice. An index that is not a whole number in range, or a label no run has, fails.",
-//     .example = "length(CopyDivisionData(makevec([2, 3, 4]), [2, 0]))"}},
-//   {"DiffMergeVecs", {arg::Curve.each(), arg::Curve.each(), arg::Real}, 2, diffMergeVecs,
-//    {.signature = "DiffMergeVecs(a, b [, order])",
-//     .summary = "a - b for two curves sampled at different x-values.",
-//     .returns = "a real curve per run in a's units, over the sorted union of both x-values inside the "
-//                "stretch both cover; empty when they do not overlap",
-//     .notes = "order (default 1, at most 16) is the interpolation order, with the stencils of Interp. "
-//              "Run by run when both have runs. Real curves with x-values only.",
-//     .example = "DiffMergeVecs(XY([0, 1, 2, 3], [0, 1, 2, 3]), XY([0, 1.5, 3], [0, 2, 4]))"}},
 
-constexpr int kAnyAny[] = {ARG_ANY, ARG_ANY};
-constexpr int kAllAll[] = {MULTI_ALL, MULTI_ALL};
-constexpr int kCurvesOrder[] = {ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_REAL};
-constexpr int kEachEach[] = {MULTI_EACH, MULTI_EACH, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"CopyDivisionData", kAnyAny, 2, 2, copyDivisionData, kAllAll, kNoOption},
-    {"DiffMergeVecs", kCurvesOrder, 2, 3, diffMergeVecs, kEachEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"CopyDivisionData", {arg::Any.all(), arg::Any.all()}, 2, copyDivisionData,
+     {.signature = "CopyDivisionData(v, runs)",
+      .summary = "A new value of the chosen runs of v, in the order asked.",
+      .returns = "v's kind and units, one run per index or label asked, each with its x-values and label",
+      .notes = "runs are 0-based indices or, as strings, run labels (case ignored); a run may be chosen "
+               "twice. An index that is not a whole number in range, or a label no run has, fails.",
+      .example = "length(CopyDivisionData(makevec([2, 3, 4]), [2, 0]))"}},
+    {"DiffMergeVecs", {arg::Curve.each(), arg::Curve.each(), arg::Real}, 2, diffMergeVecs,
+     {.signature = "DiffMergeVecs(a, b [, order])",
+      .summary = "a - b for two curves sampled at different x-values.",
+      .returns = "a real curve per run in a's units, over the sorted union of both x-values inside the "
+                 "stretch both cover; empty when they do not overlap",
+      .notes = "order (default 1, at most 16) is the interpolation order, with the stencils of Interp. "
+               "Run by run when both have runs. Real curves with x-values only.",
+      .example = "DiffMergeVecs(XY([0, 1, 2, 3], [0, 1, 2, 3]), XY([0, 1.5, 3], [0, 2, 4]))"}},
 };
 
 const FuncFamily family(kFunctions);

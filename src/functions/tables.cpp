@@ -329,59 +329,48 @@ FUNC_ERROR parseSpiceLines(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-// Rows in the coming registration format, with their reference entries (to replace kFunctions
-// once FuncInfo carries argument kinds and references):
-//
-//   {"SelectColumns", {arg::String, arg::Any, arg::String}, 2, selectColumns,
-//    {.signature = "SelectColumns(table, columns [, delimiter])",
-//     .summary = "The named or numbered columns of a table of text lines, header included.",
-//     .returns = "strings: the header and each row cut down to the columns, in the order asked",
-//     .notes = "The delimiter (',', ';', tab or blanks) is detected from the header unless given ("
-//              "',', ';', 'tab', 'blank'); quoted cells keep their delimiters and their quotes. Columns "
-//              "are names (case ignored) or 0-based numbers. A ragged row or an unknown column fails.",
-//     .example = "SelectColumns(['name,gain,corner', 'a,25,ss', 'b,10,tt'], ['corner', 'name'])"}},
-//   {"SelectRows", {arg::String, arg::String, arg::String}, 2, selectRows,
-//    {.signature = "SelectRows(table, condition [, delimiter])",
-//     .summary = "The header and the rows of a table that meet a condition.",
-//     .returns = "strings: the header and the matching rows as written",
-//     .notes = "condition is an expression in which each column name stands for the row's cell (a "
-//              "number where the cell is one, else its text), evaluated element-wise over groups of "
-//              "rows; a row meets it where it gives a number other than 0. Empty takes every row. A "
-//              "condition that fails to parse or gives strings fails the call.",
-//     .example = "SelectRows(['name,gain,corner', 'a,25,ss', 'b,10,tt', 'c,30,SS'], \"gain > 20 && corner == 'ss'\")"}},
-//   {"QueryData", {arg::String, arg::String, arg::String, arg::String}, 2, queryData,
-//    {.signature = "QueryData(table, column [, condition [, delimiter]])",
-//     .summary = "One column of the rows of a table that meet a condition.",
-//     .returns = "reals when every cell is a plain decimal number, else strings; no x-values",
-//     .notes = "condition as in SelectRows (empty or absent: every row).",
-//     .example = "QueryData(['name;gain', 'a;25', 'b;10', 'c;30'], 'gain', 'gain >= 25')"}},
-//   {"FilterFile", {arg::String, arg::String, arg::String, arg::String}, 3, filterFile,
-//    {.signature = "FilterFile(inPath, outPath, pattern [, options])",
-//     .summary = "Writes the lines of a text file that hold a match of a regular expression.",
-//     .returns = "a number: the lines taken",
-//     .notes = "pattern is PCRE2, as RegExp. Option words: 'invert' (lines without a match), "
-//              "'ignorecase', 'count' (count only, nothing written). outPath is written to a temporary "
-//              "file and renamed.",
-//     .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
-//                "FilterFile('s.xml', 'values.txt', '<value ')"}},
-//   {"ParseSpiceLines", {arg::String}, 1, parseSpiceLines,
-//    {.signature = "ParseSpiceLines(lines)",
-//     .summary = "Each element line of a netlist as a parameter string.",
-//     .returns = "strings, one per line: inst, kind, nodes, model or value, then every name=value",
-//     .notes = "The kind is the first letter and fixes the node count (X: every token before the "
-//              "subcircuit name); blanks around '=' are allowed; text after ';' is dropped. Comment, "
-//              "control and continuation lines, and unknown kinds, give empty strings.",
-//     .example = "ParseSpiceLines(['R1 in out 1k tc1=0.001', '* note', 'X1 in out amp gain=10'])"}},
 
-constexpr int kSelectColumns[] = {ARG_STRING, ARG_ANY, ARG_STRING};
-constexpr int kStrings[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"SelectColumns", kSelectColumns, 2, 3, selectColumns},
-    {"SelectRows", kStrings, 2, 3, selectRows},
-    {"QueryData", kStrings, 2, 4, queryData},
-    {"FilterFile", kStrings, 3, 4, filterFile},
-    {"ParseSpiceLines", kStrings, 1, 1, parseSpiceLines},
+constexpr FuncInfo kFunctions[] = {
+    {"SelectColumns", {arg::String, arg::Any, arg::String}, 2, selectColumns,
+     {.signature = "SelectColumns(table, columns [, delimiter])",
+      .summary = "The named or numbered columns of a table of text lines, header included.",
+      .returns = "strings: the header and each row cut down to the columns, in the order asked",
+      .notes = "The delimiter (',', ';', tab or blanks) is detected from the header unless given ("
+               "',', ';', 'tab', 'blank'); quoted cells keep their delimiters and their quotes. Columns "
+               "are names (case ignored) or 0-based numbers. A ragged row or an unknown column fails.",
+      .example = "SelectColumns(['name,gain,corner', 'a,25,ss', 'b,10,tt'], ['corner', 'name'])"}},
+    {"SelectRows", {arg::String, arg::String, arg::String}, 2, selectRows,
+     {.signature = "SelectRows(table, condition [, delimiter])",
+      .summary = "The header and the rows of a table that meet a condition.",
+      .returns = "strings: the header and the matching rows as written",
+      .notes = "condition is an expression in which each column name stands for the row's cell (a "
+               "number where the cell is one, else its text), evaluated element-wise over groups of "
+               "rows; a row meets it where it gives a number other than 0. Empty takes every row. A "
+               "condition that fails to parse or gives strings fails the call.",
+      .example = "SelectRows(['name,gain,corner', 'a,25,ss', 'b,10,tt', 'c,30,SS'], \"gain > 20 && corner == 'ss'\")"}},
+    {"QueryData", {arg::String, arg::String, arg::String, arg::String}, 2, queryData,
+     {.signature = "QueryData(table, column [, condition [, delimiter]])",
+      .summary = "One column of the rows of a table that meet a condition.",
+      .returns = "reals when every cell is a plain decimal number, else strings; no x-values",
+      .notes = "condition as in SelectRows (empty or absent: every row).",
+      .example = "QueryData(['name;gain', 'a;25', 'b;10', 'c;30'], 'gain', 'gain >= 25')"}},
+    FuncInfo("FilterFile", {arg::String, arg::String, arg::String, arg::String}, 3, filterFile,
+     {.signature = "FilterFile(inPath, outPath, pattern [, options])",
+      .summary = "Writes the lines of a text file that hold a match of a regular expression.",
+      .returns = "a number: the lines taken",
+      .notes = "pattern is PCRE2, as RegExp. Option words: 'invert' (lines without a match), "
+               "'ignorecase', 'count' (count only, nothing written). outPath is written to a temporary "
+               "file and renamed.",
+      .example = "AppendSensitivityData('s.xml', 'R1', 1000, 1010, 'gain', 20, 20.2); "
+                 "FilterFile('s.xml', 'values.txt', '<value ')"}).outsideSafeMode(),
+    {"ParseSpiceLines", {arg::String}, 1, parseSpiceLines,
+     {.signature = "ParseSpiceLines(lines)",
+      .summary = "Each element line of a netlist as a parameter string.",
+      .returns = "strings, one per line: inst, kind, nodes, model or value, then every name=value",
+      .notes = "The kind is the first letter and fixes the node count (X: every token before the "
+               "subcircuit name); blanks around '=' are allowed; text after ';' is dropped. Comment, "
+               "control and continuation lines, and unknown kinds, give empty strings.",
+      .example = "ParseSpiceLines(['R1 in out 1k tc1=0.001', '* note', 'X1 in out amp gain=10'])"}},
 };
 
 const FuncFamily family(kFunctions);
