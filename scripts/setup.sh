@@ -4,7 +4,7 @@ set -eu
 
 packages="cmake ninja-build g++ clang libclang-rt-14-dev pkgconf libgtest-dev libbenchmark-dev
 libcli11-dev libedit-dev libpcre2-dev libmd-dev uuid-dev python3-numpy sox python3-scipy python3-mpmath
-libfftw3-dev
+libfftw3-dev libxml2-dev chromium
 python3-dev python3-pybind11 pybind11-dev python3-pytest parallel python3-distributed
 ngspice libplplot-dev plplot-driver-cairo fonts-dejavu-core libpng-dev libeigen3-dev"
 

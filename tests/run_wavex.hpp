@@ -27,25 +27,31 @@ inline std::string readFile(const std::string& path) {
     return s.str();
 }
 
-// Runs the binary with `args`, standard input from `inPath`, standard output and error written to
+// Runs `program` with `args`, standard input from `inPath`, standard output and error written to
 // `outPath` and `errPath` and returned with the exit status (128 + signal when killed).
-inline Outcome runWavex(const std::vector<std::string>& args, const std::string& inPath, const std::string& outPath,
-                        const std::string& errPath) {
+inline Outcome runProgram(const char* program, const std::vector<std::string>& args, const std::string& inPath,
+                          const std::string& outPath, const std::string& errPath) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 0, inPath.c_str(), O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    std::vector<char*> argv{const_cast<char*>(WAVEX_BINARY)};
+    std::vector<char*> argv{const_cast<char*>(program)};
     for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
     pid_t pid;
-    int rc = posix_spawn(&pid, WAVEX_BINARY, &actions, nullptr, argv.data(), environ);
+    int rc = posix_spawn(&pid, program, &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (rc != 0) return {-1, "", std::string("spawn failed: ") + std::strerror(rc)};
     int status = 0;
     waitpid(pid, &status, 0);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), readFile(outPath), readFile(errPath)};
+}
+
+// Runs the built wavex command
+inline Outcome runWavex(const std::vector<std::string>& args, const std::string& inPath, const std::string& outPath,
+                        const std::string& errPath) {
+    return runProgram(WAVEX_BINARY, args, inPath, outPath, errPath);
 }
 
 }  // namespace wavex::test

@@ -16,6 +16,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +44,7 @@ public:
     // Evaluates one expression; null when it fails (the reason reported).
     VectorPtr evaluate(std::string_view expression);
     VectorPtr evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) override;
+    VectorPtr evaluateWith(std::string_view text, Bindings bindings, const YRef<MessageHandler>& messages) override;
 
     void setVector(std::string_view name, VectorPtr value);
     VectorPtr findVector(std::string_view name) const override;

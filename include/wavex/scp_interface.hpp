@@ -8,8 +8,10 @@
 #include "wavex/vector.hpp"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace wavex {
 
@@ -19,6 +21,10 @@ public:
     // Evaluates an expression in the workspace; null (with the reason reported to `messages`)
     // when it fails.
     virtual VectorPtr evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) = 0;
+    // The same with `bindings` standing for their names ahead of the workspace (case ignored), for
+    // functions that give an expression values of their own (the columns of a table).
+    using Bindings = std::span<const std::pair<std::string, VectorPtr>>;
+    virtual VectorPtr evaluateWith(std::string_view text, Bindings bindings, const YRef<MessageHandler>& messages) = 0;
     // The vector bound to `name` (case ignored), or null.
     virtual VectorPtr findVector(std::string_view name) const = 0;
     // Rewrites an expression (see vec_SubstituteExpression); nullopt with *error set when it

@@ -13,6 +13,7 @@
 #include <limits>
 #include <numbers>
 #include <unordered_map>
+#include <utility>
 
 namespace wavex {
 
@@ -68,7 +69,11 @@ struct Interpreter::Impl {
     VectorPtr list(const Node& n, const YRef<MessageHandler>& messages);
     VectorPtr call(const Node& n, const YRef<MessageHandler>& messages);
     VectorPtr probe(const Node& n, const YRef<MessageHandler>& messages);
+    ScpInterface::Bindings bindings;  // names that stand ahead of the workspace during evaluateWith
+
     VectorPtr lookup(std::string_view name) const {
+        for (const auto& [bound, value] : bindings)
+            if (iequals(bound, name)) return value;
         auto it = workspace.find(name);
         return it == workspace.end() ? nullptr : it->second;
     }
@@ -129,6 +134,13 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
         return nullptr;
     }
     return impl_->guardedEval(*(*statements)[0].expression, messages);
+}
+
+VectorPtr Interpreter::evaluateWith(std::string_view text, Bindings bindings, const YRef<MessageHandler>& messages) {
+    Bindings outer = std::exchange(impl_->bindings, bindings);
+    VectorPtr value = evaluateExpression(text, messages);
+    impl_->bindings = outer;
+    return value;
 }
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {

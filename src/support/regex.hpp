@@ -27,6 +27,7 @@
 // Otherwise *error is cleared. Nothing is thrown.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -37,5 +38,22 @@ namespace wavex {
 // `matches` receives views into `subjects`, valid as long as the subjects' text.
 bool sp_RegExpMatches(std::span<const std::string_view> subjects, std::string_view pattern,
                       std::vector<std::string_view>& matches, std::string* error = nullptr);
+
+// A pattern compiled once for testing many subjects (lines of a file) with the same dialect, text
+// rules and limits.
+class RegexSearch {
+public:
+    RegexSearch(std::string_view pattern, bool ignoreCase);
+    ~RegexSearch();
+    // Why the pattern did not compile ("missing closing parenthesis at offset 2"); "" when it did.
+    const std::string& error() const { return error_; }
+    // Whether `subject` holds a match; false with *error set when a limit was exceeded.
+    bool search(std::string_view subject, std::string* error) const;
+
+private:
+    std::string error_;  // before impl_: the compiler writes it
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
 
 }  // namespace wavex

@@ -1,9 +1,12 @@
 #include "support/text.hpp"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace wavex {
 
@@ -76,6 +79,25 @@ std::string readWholeFile(const std::string& path, std::string& text, size_t max
         text.append(buffer, n);
     }
     return std::ferror(file.get()) ? fail("Cannot read file '", "'") : std::string();
+}
+
+std::string writeWholeFile(const std::string& path, std::string_view text) {
+    std::string temporary = path + ".XXXXXX";
+    int fd = mkstemp(temporary.data());
+    if (fd < 0) return "Cannot write file '" + path + "'";
+    bool written = true;
+    for (size_t done = 0; written && done < text.size();) {
+        ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        written = n > 0;
+        done += written ? static_cast<size_t>(n) : 0;
+    }
+    written = ::close(fd) == 0 && written;
+    if (written) fchmodat(AT_FDCWD, temporary.c_str(), 0644, 0);
+    if (!written || std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        return "Cannot write file '" + path + "'";
+    }
+    return {};
 }
 
 }  // namespace wavex

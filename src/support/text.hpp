@@ -50,4 +50,9 @@ struct CaseInsensitiveEqual {
 // (`text` is then empty).
 std::string readWholeFile(const std::string& path, std::string& text, size_t maxStreamBytes = SIZE_MAX);
 
+// Writes `text` as the file at `path`: into a temporary file beside it, renamed over the path once
+// complete, so that a failure never leaves a half-written file. Returns "" when written, else
+// "Cannot write file 'PATH'".
+std::string writeWholeFile(const std::string& path, std::string_view text);
+
 }  // namespace wavex
