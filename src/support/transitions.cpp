@@ -37,8 +37,8 @@ std::vector<Crossing> support_Crossings(const double* x, const double* y, int64_
     YList<long long> indices;
     support_FindYFromX(at, indices, x, y, n, level, opts);
     std::vector<Crossing> out(at.size());
-    const double* t = at.reversed();
-    const long long* k = indices.reversed();
+    const double* t = at.oldestFirst();
+    const long long* k = indices.oldestFirst();
     for (size_t i = 0; i < out.size(); ++i) out[i] = {t[i], static_cast<int64_t>(k[i])};
     return out;
 }
