@@ -60,6 +60,8 @@ class ScpInterface;
 // The host's parse and run-time contexts, passed through to host services.
 struct ScpParseContext {
     ScpInterface* interpreter = nullptr;
+    // Safe mode, for scripts from elsewhere: the host refuses every function marked unsafe.
+    bool safe = false;
 };
 struct FunctionRunTime {};
 
@@ -91,6 +93,9 @@ struct FuncInfo {
     FunctionOption option;
     const char* file;
     int32_t line;
+    // Writes, deletes or moves files, changes the environment or runs commands: refused in safe
+    // mode. Set by wrapping the record in unsafe().
+    bool unsafe = false;
 
     constexpr FuncInfo(const char* name_, const int* argTypes_, int32_t min, int32_t max, FuncHandler handler_,
                        FunctionOption option_ = {}, const char* file_ = __builtin_FILE(),
@@ -106,6 +111,12 @@ struct FuncInfo {
     int argType(int i) const { return argTypes ? argTypes[i] : ARG_ANY; }
     int multiDefOf(int i) const { return multiDef ? multiDef[i] : MULTI_NONE; }
 };
+
+// A registration record marked as refused in safe mode: `unsafe({"DeleteFile", ...})`.
+constexpr FuncInfo unsafe(FuncInfo info) {
+    info.unsafe = true;
+    return info;
+}
 
 // Where a function is defined: for the host's diagnostics.
 struct FuncLoc {

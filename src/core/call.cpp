@@ -175,6 +175,10 @@ VectorPtr assemble(std::vector<FuncResult>& parts, const Vector& driver, Message
 
 FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
                         const YRef<MessageHandler>& messages, const ScpParseContext& context, VectorPtr* out) {
+    if (context.safe && info.unsafe) {
+        messages->error("Function '%s' is not allowed in safe mode", info.name);
+        return FUNC_FAILED;
+    }
     std::vector<VectorPtr> adjusted;
     if (!checkArguments(info, args, *messages, &adjusted)) return FUNC_FAILED;
     if (!adjusted.empty()) args = adjusted;

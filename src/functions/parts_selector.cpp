@@ -323,9 +323,9 @@ constexpr int kStr[] = {ARG_STRING};
 constexpr int kStr3[] = {ARG_STRING, ARG_STRING, ARG_STRING};
 
 const FuncInfo kFunctions[] = {
-    {"ApplyJournal", kStrReal, 2, 2, applyJournalFn},
+    unsafe({"ApplyJournal", kStrReal, 2, 2, applyJournalFn}),
     {"ExtractPartsTreeNameList", kStr, 1, 1, extractPartsTreeNameList},
-    {"_BuildPartSelectorData", kStr3, 1, 3, buildPartSelectorData},
+    unsafe({"_BuildPartSelectorData", kStr3, 1, 3, buildPartSelectorData}),
 };
 
 const FuncFamily family(kFunctions);

@@ -178,7 +178,7 @@ const FuncInfo kFunctions[] = {
     {"WAV_CloseFile", kCloseArgs, 1, 1, wavCloseFile},
     {"WAV_OpenFile", kOpenArgs, 1, 2, wavOpenFile},
     {"WAV_ReadData", kReadArgs, 2, 2, wavReadData},
-    {"WAV_WriteFile", kWriteArgs, 3, 4, wavWriteFile},
+    unsafe({"WAV_WriteFile", kWriteArgs, 3, 4, wavWriteFile}),
 };
 
 const FuncFamily family(kFunctions);
