@@ -1,14 +1,16 @@
 // The host the script runs on: environment, identity, resources, time, commands, the dialogs of a
 // program without a window system, and a few diagnostics.
 //
-// Dialogs: at a terminal (standard input and standard error both terminals) MessageBox prints its
-// text to standard error and InputBox prompts there and reads a line from standard input; without
-// a terminal both return at once with their default (MessageBox 1, InputBox its default text).
+// Dialogs: at a terminal (standard input and standard error both terminals, and the option
+// DialogsAtTerminal not 0) MessageBox prints its text to standard error and InputBox prompts there
+// and reads a line from standard input; otherwise both return at once with their default
+// (MessageBox 1, InputBox its default text).
 #include "functions/host_args.hpp"
 #include "support/numbers.hpp"
 #include "support/text.hpp"
 #include "wavex/dynexport.hpp"
 #include "wavex/exceptions.hpp"
+#include "wavex/options.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -179,7 +181,9 @@ FUNC_ERROR shell(WAVEX_HANDLER_PARAMS) {
 
 // ---- Dialogs -----------------------------------------------------------------------------------
 
-bool atTerminal() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
+bool atTerminal() {
+    return sp_GetIntOption("DialogsAtTerminal", 1) != 0 && isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
+}
 
 // MessageBox(text [, title]): 1.
 FUNC_ERROR messageBox(WAVEX_HANDLER_PARAMS) {
@@ -239,6 +243,106 @@ FUNC_ERROR testAccessViolation(WAVEX_HANDLER_PARAMS) {
 }
 
 // ---- Registration ------------------------------------------------------------------------------
+
+// Reference entries of the rows below, ready to join them when the rows carry one:
+//   GetEnv:
+//     .signature = "GetEnv(name [, default])"
+//     .summary = "An environment variable."
+//     .returns = "its value, or default (\"\") when it is not set"
+//     .notes = "A name that is empty or holds '=' fails."
+//     .example = "GetEnv('WAVEX_UNSET_VARIABLE', 'default')"
+//   GetEthernetAddresses:
+//     .signature = "GetEthernetAddresses([firstFlag])"
+//     .summary = "The hardware addresses of the network interfaces."
+//     .returns = "strings such as \"02:42:ac:11:00:02\" in the system's interface order, each once"
+//     .notes = "Loopback and all-zero addresses are left out; a non-zero firstFlag gives only the first."
+//     .example = "length(GetEthernetAddresses(1)) <= 1"
+//   HostName:
+//     .signature = "HostName()"
+//     .summary = "The name of the machine."
+//     .returns = "a string"
+//     .example = "length(HostName()) > 0"
+//   InputBox:
+//     .signature = "InputBox(prompt [, default])"
+//     .summary = "Asks for a line of text."
+//     .returns = "the line typed, or default (\"\") for an empty line"
+//     .notes = "At a terminal the prompt goes to standard error and the line is read from standard input; without a terminal, at the end of input, or with the option DialogsAtTerminal 0, the default comes back at once."
+//     .example = "SetOption('DialogsAtTerminal', 0); InputBox('Corner?', 'tt'); SetOption('DialogsAtTerminal', 1)"
+//   MessageBox:
+//     .signature = "MessageBox(text [, title])"
+//     .summary = "Shows a message."
+//     .returns = "1"
+//     .notes = "At a terminal \"title: text\" goes to standard error; otherwise (or with the option DialogsAtTerminal 0) nothing is shown."
+//     .example = "MessageBox('Run finished', 'wavex')"
+//   Now:
+//     .signature = "Now()"
+//     .summary = "The current time."
+//     .returns = "seconds since 1970-01-01 UTC with their fraction, in s"
+//     .example = "Now() > ConvertIsoTimeToUnix('2020-01-01')"
+//   NumberOfProcessors:
+//     .signature = "NumberOfProcessors()"
+//     .summary = "Processors online."
+//     .returns = "a number"
+//     .example = "NumberOfProcessors() >= 1"
+//   PhysicalMemory:
+//     .signature = "PhysicalMemory()"
+//     .summary = "Memory installed."
+//     .returns = "bytes, a number"
+//     .example = "PhysicalMemory() > 1meg"
+//   ProcessId:
+//     .signature = "ProcessId()"
+//     .summary = "This process's id."
+//     .returns = "a number"
+//     .example = "ProcessId() > 0"
+//   SetEnv:
+//     .signature = "SetEnv(name [, value])"
+//     .summary = "Sets or, without a value, removes an environment variable."
+//     .returns = "1"
+//     .notes = "The change holds for this process and the commands it runs. A name that is empty or holds '=' fails. Refused in safe mode."
+//     .example = "SetEnv('RUN_NAME', 'corner1'); GetEnv('RUN_NAME'); SetEnv('RUN_NAME')"
+//   Shell:
+//     .signature = "Shell(command)"
+//     .summary = "Runs a command with /bin/sh."
+//     .returns = "strings: the exit status (128 + the signal for a killed command), then the lines the command wrote"
+//     .notes = "Standard input is empty; standard error passes through. Refused in safe mode."
+//     .example = "Shell('echo one; echo two; exit 3')"
+//   Sleep:
+//     .signature = "Sleep(seconds)"
+//     .summary = "Waits."
+//     .returns = "the seconds waited, in s"
+//     .notes = "0 to 86400 seconds."
+//     .example = "Sleep(0.01)"
+//   UserName:
+//     .signature = "UserName()"
+//     .summary = "The name of the user running wavex."
+//     .returns = "a string"
+//     .example = "length(UserName()) > 0"
+//   Version:
+//     .signature = "Version()"
+//     .summary = "wavex's name and version."
+//     .returns = "a string"
+//     .example = "Version()"
+//   _GetAvailableStack:
+//     .signature = "_GetAvailableStack()"
+//     .summary = "Stack left to the caller, for diagnostics."
+//     .returns = "bytes, a number"
+//     .example = "_GetAvailableStack() > 4096"
+//   _GetEnvironment:
+//     .signature = "_GetEnvironment()"
+//     .summary = "Every environment variable, for diagnostics."
+//     .returns = "strings NAME=VALUE, sorted"
+//     .example = "length(_GetEnvironment()) > 0"
+//   _ListDynamicFunctions:
+//     .signature = "_ListDynamicFunctions()"
+//     .summary = "The late-bound host entry points, for diagnostics."
+//     .returns = "strings \"NAME bound\" or \"NAME unbound\", sorted by name"
+//     .example = "_ListDynamicFunctions()"
+//   _TestAccessViolation:
+//     .signature = "_TestAccessViolation()"
+//     .summary = "Raises the host's access-violation exception, to test how it is reported."
+//     .returns = "nothing: the call fails with \"*** FATAL ERROR *** Access violation in function '_TestAccessViolation'\" and the program carries on"
+//     .example = "ResolveTemplate('{_TestAccessViolation()}', [''], [''], 'reported')"
+
 
 constexpr int kStr[] = {ARG_STRING};
 constexpr int kStr2[] = {ARG_STRING, ARG_STRING};

@@ -43,9 +43,11 @@ TEST(System, HostFacts) {
         {"Version()", "['wavex 0.1.0']"},
         {"length(GetEthernetAddresses(1)) <= 1", "[1]"},
         {"Sleep(0.01)", "[0.01]"},
-        // Without a terminal the dialogs return their defaults at once.
+        // Unattended, the dialogs return their defaults at once (also when the tests run at a terminal).
+        {"SetOption('DialogsAtTerminal', 0)", "['1']"},
         {"[InputBox('Name?', 'fallback'), InputBox('Name?')]", "['fallback', '']"},
         {"MessageBox('done', 'wavex')", "[1]"},
+        {"SetOption('DialogsAtTerminal', 1)", "['0']"},
     });
     EXPECT_NEAR(wx("Now()")->real[0], static_cast<double>(time(nullptr)), 2);
     for (const std::string& a : strings(wx("GetEthernetAddresses()"))) EXPECT_EQ(a.size(), 17u) << a;
