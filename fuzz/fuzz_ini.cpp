@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -35,7 +36,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::optional<IniFile> again = IniFile::parse(ini->text(), &error);
     check(again.has_value());
     check(again->value(section, key) == value);
-    for (const std::string& s : sections)
-        for (const std::string& k : *ini->keys(s)) check(again->value(s, k) == ini->value(s, k));
+    for (const std::string& s : sections) {
+        std::vector<std::string> keys = ini->keys(s).value_or(std::vector<std::string>{});
+        for (const std::string& k : keys) check(again->value(s, k) == ini->value(s, k));
+    }
     return 0;
 }
