@@ -148,8 +148,11 @@ TEST_F(Files, SafeModeRefusesChanges) {
         std::string name(expression, std::string_view(expression).find('('));
         wx.expectFails(expression, "Function '" + name + "' is not allowed in safe mode");
     }
+    // Also when a newer interpreter, not in safe mode, evaluates the template's expressions.
+    Session other;
     wx.check({{"ResolveTemplate('{DeleteFile(\"keep\")}', [''], [''], 'refused')", "['refused']"},
               {"[FileExists('keep'), length(ListFiles('.'))]", "[1, 1]"}});
+    other.check({{"ResolveTemplate('{WriteFile(\"made\", [1])}', [''], [''], 'refused')", "['1']"}});
 
     test::Outcome r = test::runWavex({"--safe", "-e", "Shell('true')"}, "/dev/null", at("out"), at("err"));
     EXPECT_EQ(r.status, 1);
