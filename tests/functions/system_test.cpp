@@ -1,3 +1,4 @@
+#include "run_wavex.hpp"
 #include "test_util.hpp"
 
 #include <gtest/gtest.h>
@@ -51,6 +52,15 @@ TEST(System, HostFacts) {
     });
     EXPECT_NEAR(wx("Now()")->real[0], static_cast<double>(time(nullptr)), 2);
     for (const std::string& a : strings(wx("GetEthernetAddresses()"))) EXPECT_EQ(a.size(), 17u) << a;
+}
+
+// At a terminal the dialogs show their text on it and read the answer; an empty answer is the
+// default.
+TEST(System, DialogsAtATerminal) {
+    test::Outcome r = test::runOnTerminal(
+        {"-e", "MessageBox('finished', 'run'); InputBox('Corner?', 'tt'); InputBox('Again?', 'ff')"}, "ss\n\n");
+    EXPECT_EQ(r.status, 0) << r.out;
+    EXPECT_NE(r.out.find("run: finished\r\n1\r\nCorner? [tt] ss\r\nAgain? [ff] ff\r\n"), std::string::npos) << r.out;
 }
 
 TEST(System, Diagnostics) {
