@@ -5,7 +5,9 @@
 #include "wavex/messages.hpp"
 #include "wavex/vector.hpp"
 
+#include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -60,7 +62,7 @@ class ScpInterface;
 // The host's parse and run-time contexts, passed through to host services.
 struct ScpParseContext {
     ScpInterface* interpreter = nullptr;
-    // Safe mode, for scripts from elsewhere: the host refuses every function marked unsafe.
+    // Safe mode, for scripts from elsewhere: the host refuses every row marked outsideSafeMode().
     bool safe = false;
 };
 struct FunctionRunTime {};
@@ -81,41 +83,115 @@ using FuncHandler = FUNC_ERROR (*)(const FuncArgs& args, FuncResult* result, con
         [[maybe_unused]] const ::wavex::ScpParseContext &context,                                     \
         [[maybe_unused]] const ::wavex::FunctionRunTime &runtime
 
-// Registration record of one script function. Built once, never changed. The source location
-// of the record (file relative to the project, line) is kept for the host's diagnostics.
-struct FuncInfo {
-    const char* name;
-    const int* argTypes;  // one ArgType per position up to maxArgs
-    int32_t minArgs;
-    int32_t maxArgs;
-    FuncHandler handler;
-    const int* multiDef;  // one MultiDef per position, or null
-    FunctionOption option;
-    const char* file;
-    int32_t line;
-    // Writes, deletes or moves files, changes the environment or runs commands: refused in safe
-    // mode. Set by wrapping the record in unsafe().
-    bool unsafe = false;
+// One argument position of a registration row: the kind it accepts (its argType), what the host
+// does with a value of several runs there (its MultiDef), and kinds the function reads there beyond
+// what the code says. `Real.upTo(32)` stands for positions up to the 32nd, all alike.
+struct Arg {
+    ArgType kind = ARG_ANY;
+    MultiDef multi = MULTI_NONE;
+    uint8_t extraKinds = 0;  // bits 1 << VDType
+    uint8_t repeat = 1;
 
-    constexpr FuncInfo(const char* name_, const int* argTypes_, int32_t min, int32_t max, FuncHandler handler_,
-                       FunctionOption option_ = {}, const char* file_ = __builtin_FILE(),
-                       int32_t line_ = __builtin_LINE())
-        : name(name_), argTypes(argTypes_), minArgs(min), maxArgs(max), handler(handler_), multiDef(nullptr),
-          option(option_), file(file_), line(line_) {}
-    constexpr FuncInfo(const char* name_, const int* argTypes_, int32_t min, int32_t max, FuncHandler handler_,
-                       const int* multiDef_, FunctionOption option_ = {}, const char* file_ = __builtin_FILE(),
-                       int32_t line_ = __builtin_LINE())
-        : name(name_), argTypes(argTypes_), minArgs(min), maxArgs(max), handler(handler_), multiDef(multiDef_),
-          option(option_), file(file_), line(line_) {}
+    constexpr Arg each() const { return with(MULTI_EACH); }
+    constexpr Arg all() const { return with(MULTI_ALL); }
+    constexpr Arg joined() const { return with(MULTI_JOINED); }
+    template <class... Kinds>
+    constexpr Arg orKinds(Kinds... kinds) const {
+        Arg a = *this;
+        a.extraKinds = static_cast<uint8_t>(a.extraKinds | (0u | ... | (1u << kinds)));
+        return a;
+    }
+    constexpr Arg upTo(int positions) const {
+        Arg a = *this;
+        a.repeat = static_cast<uint8_t>(positions);
+        return a;
+    }
 
-    int argType(int i) const { return argTypes ? argTypes[i] : ARG_ANY; }
-    int multiDefOf(int i) const { return multiDef ? multiDef[i] : MULTI_NONE; }
+private:
+    constexpr Arg with(MultiDef m) const {
+        Arg a = *this;
+        a.multi = m;
+        return a;
+    }
 };
 
-// A registration record marked as refused in safe mode: `unsafe({"DeleteFile", ...})`.
-constexpr FuncInfo unsafe(FuncInfo info) {
-    info.unsafe = true;
-    return info;
+namespace arg {
+inline constexpr Arg Numeric{ARG_NUMERIC};   // real or complex
+inline constexpr Arg String{ARG_STRING};     // text
+inline constexpr Arg Curve{ARG_NUMERIC_REF}; // real or complex, read with its x-values
+inline constexpr Arg Any{ARG_ANY};           // real, complex or text
+inline constexpr Arg Real{ARG_REAL};         // real only
+}  // namespace arg
+
+// What a user reads of a function: `help NAME` and the function reference show it. The example is
+// one command line that runs in a fresh interpreter; the reference shows what it prints.
+struct FuncDoc {
+    const char* signature = nullptr;  // with argument names: "XFromY(data, level [, order [, direction]])"
+    const char* summary = nullptr;    // one line
+    const char* returns = nullptr;    // kind, unit, x-values, one value or curve per run
+    const char* notes = nullptr;      // defaults and choices a user must know
+    const char* example = nullptr;
+};
+
+// The most argument positions a function has.
+inline constexpr int kMaxArgs = 32;
+
+// Registration record of one script function, never changed after it is built. Tables of them are
+// declared constexpr, so that a row whose minimum count does not fit its positions fails to compile.
+// (GCC 12 gives a row written as a bare braced list the line where its table ends; a row written
+// `FuncInfo(...)` gets its own.) The source location of the record
+// (file relative to the project, line) is kept for the host's diagnostics.
+struct FuncInfo {
+    const char* name;
+    std::array<Arg, kMaxArgs> args{};  // one per position up to maxArgs
+    int32_t minArgs;
+    int32_t maxArgs = 0;
+    FuncHandler handler;
+    FunctionOption option;
+    FuncDoc doc;
+    bool refusedInSafeMode = false;  // writes files, changes the environment or runs commands
+    const char* file;
+    int32_t line;
+
+    // `positions`: one Arg per argument position; their number is the maximum count, `min` the
+    // minimum.
+    constexpr FuncInfo(const char* name_, std::initializer_list<Arg> positions, int32_t min, FuncHandler handler_,
+                       FuncDoc doc_ = {}, const char* file_ = __builtin_FILE(), int32_t line_ = __builtin_LINE())
+        : FuncInfo(name_, positions, min, handler_, kNoOption, doc_, file_, line_) {}
+    constexpr FuncInfo(const char* name_, std::initializer_list<Arg> positions, int32_t min, FuncHandler handler_,
+                       FunctionOption option_, FuncDoc doc_ = {}, const char* file_ = __builtin_FILE(),
+                       int32_t line_ = __builtin_LINE())
+        : name(name_), minArgs(min), handler(handler_), option(option_), doc(doc_), file(file_), line(line_) {
+        for (const Arg& a : positions)
+            for (int k = 0; k < a.repeat; ++k) {
+                if (maxArgs == kMaxArgs) throw "more argument positions than kMaxArgs";
+                args[static_cast<size_t>(maxArgs++)] = a;
+            }
+        if (min < 0 || min > maxArgs) throw "minimum argument count outside 0 .. the number of positions";
+    }
+    // The same row, refused when the interpreter runs in safe mode.
+    constexpr FuncInfo outsideSafeMode() const {
+        FuncInfo f = *this;
+        f.refusedInSafeMode = true;
+        return f;
+    }
+
+    int argType(int i) const { return args[static_cast<size_t>(i)].kind; }
+    int multiDefOf(int i) const { return args[static_cast<size_t>(i)].multi; }
+    // Kinds (bits 1 << VDType) read at position i beyond what its argType says.
+    unsigned extraKinds(int i) const { return args[static_cast<size_t>(i)].extraKinds; }
+
+private:
+};
+
+// True when a family's table has one row per operation, row i holding operation i: the check
+// `static_assert(rowsInOrder(kOperations, &Operation::op))` for operation codes 0 .. Code::Count - 1.
+template <class Row, size_t N, class Code>
+consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code) {
+    if (N != static_cast<size_t>(Code::Count)) return false;
+    for (size_t i = 0; i < N; ++i)
+        if (static_cast<size_t>(table[i].*code) != i) return false;
+    return true;
 }
 
 // Where a function is defined: for the host's diagnostics.
@@ -321,11 +397,6 @@ public:
     std::vector<const FuncInfo*> all() const;
     std::vector<std::pair<std::string, std::string>> aliases() const;
     std::vector<FuncLoc> locations() const;
-
-    // Kinds (bit 1 << VDType) a function reads at an argument position beyond what its
-    // registered argType says; the host lets them through.
-    void acceptKinds(const char* name, int arg, unsigned kindMask);
-    unsigned extraKinds(const FuncInfo& info, int arg) const;
 
 private:
     struct Impl;

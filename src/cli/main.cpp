@@ -8,7 +8,8 @@
 // reads standard input). With neither -e nor SCRIPT, command lines come from an interactive prompt
 // when standard input is a terminal, else from standard input as from a script. With --plot, the
 // curves among the values go to a picture written at the end (.png, .svg or .pdf) instead of to
-// standard output.
+// standard output. `wavex --reference FILE` writes the function reference instead of running
+// anything.
 //
 // Every message goes to standard error as "error: MESSAGE", prefixed with FILE:LINE: for a line of
 // a script or of standard input. A failed statement stops the run: later statements and lines do
@@ -19,6 +20,7 @@
 // could not be read or loaded, or the plot could not be written; 2 for a usage error (unknown
 // flag, missing value, an --option that is unknown or whose value does not suit it, a plot file
 // of another kind).
+#include "cli/reference.hpp"
 #include "cli/session.hpp"
 
 #include "support/text.hpp"
@@ -51,7 +53,7 @@ int main(int argc, char** argv) {
 
     bool json = false, logX = false, linY = false, safe = false;
     std::vector<std::string> dataFiles, options, statements;
-    std::string script, plotFile;
+    std::string script, plotFile, referenceFile;
 
     CLI::App app{"Evaluates waveform expressions over simulation data.", "wavex"};
     app.set_version_flag("--version", "wavex 0.1.0");
@@ -67,6 +69,8 @@ int main(int argc, char** argv) {
     app.add_flag("--logx", logX, "Logarithmic x-axis on the plot");
     app.add_flag("--liny", linY, "Linear y-axis on the plot");
     repeated(app.add_option("-e", statements, "Run a command line (several run in order)")->type_name("STATEMENT"));
+    app.add_option("--reference", referenceFile, "Write the reference of every function (Markdown) to FILE")
+        ->type_name("FILE");
     app.add_option("SCRIPT", script, "Run a file of command lines (- for standard input)")->type_name("FILE");
     app.footer("Without -e or SCRIPT, command lines come from a prompt (or from standard input when it is\n"
                "not a terminal).\n"
@@ -82,6 +86,7 @@ int main(int argc, char** argv) {
         return usageError("%s", e.what());
     }
 
+    if (!referenceFile.empty()) return wavex::cli::writeReference(referenceFile) ? 0 : 1;
     if (plotFile.empty() && (logX || linY)) return usageError("%s needs --plot", logX ? "--logx" : "--liny");
     if (!plotFile.empty()) {
         if (std::string why = checkPlotPath(plotFile); !why.empty()) return usageError("--plot: %s", why);

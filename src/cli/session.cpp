@@ -48,12 +48,12 @@ private:
 }  // namespace
 
 void StderrMessages::report(const std::string& message) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "error: %s%s\n", where.c_str(), message.c_str());
+    std::fflush(out_);
+    std::fprintf(err_, "error: %s%s\n", where.c_str(), message.c_str());
 }
 
-Session::Session(Format format)
-    : format_(format), messages_(std::make_shared<StderrMessages>()), wx_(messages_),
+Session::Session(Format format, FILE* out, FILE* err)
+    : format_(format), out_(out), messages_(std::make_shared<StderrMessages>(out, err)), wx_(messages_),
       printer_([this](const VectorPtr& value, std::string_view label) { print(value, label); }) {}
 
 void Session::print(const VectorPtr& value, std::string_view label) {
@@ -73,7 +73,7 @@ void Session::print(const VectorPtr& value, std::string_view label) {
         printedText_ = true;
         lastHeaded_ = headed;
     }
-    std::fwrite(buffer_.data(), 1, buffer_.size(), stdout);
+    std::fwrite(buffer_.data(), 1, buffer_.size(), out_);
 }
 
 bool Session::loadData(const std::string& path) {
@@ -134,7 +134,7 @@ bool Session::runScript(const std::string& path) {
         messages_->where = name + ":" + std::to_string(lineNo) + ": ";
         ok = runLine(line);
         messages_->where.clear();
-        if (useStdin) std::fflush(stdout);  // a program at the other end may wait for the answer
+        if (useStdin) std::fflush(out_);  // a program at the other end may wait for the answer
     }
     if (ok && std::ferror(file)) {
         messages_->error("cannot read script '%s': %s", name, std::strerror(errno));
@@ -147,7 +147,7 @@ bool Session::runScript(const std::string& path) {
 
 void Session::finish() {
     wx_.finish();
-    std::fflush(stdout);
+    std::fflush(out_);
 }
 
 }  // namespace wavex::cli

@@ -5,6 +5,7 @@
 #include "cli/plot.hpp"
 #include "wavex/interpreter.hpp"
 
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,16 +17,22 @@ namespace wavex::cli {
 // output so that values and messages appear in the order they were made.
 class StderrMessages : public MessageHandler {
 public:
+    StderrMessages(FILE* out, FILE* err) : out_(out), err_(err) {}
     std::string where;  // "FILE:LINE: " while a line of a file runs
 
 protected:
     void report(const std::string& message) override;
+
+private:
+    FILE* out_;
+    FILE* err_;
 };
 
 class Session {
 public:
     enum class Format { Text, Json };
-    explicit Session(Format format);
+    // Values go to `out`, messages to `err`.
+    explicit Session(Format format, FILE* out = stdout, FILE* err = stderr);
 
     Interpreter& interpreter() { return wx_; }
 
@@ -51,6 +58,7 @@ private:
     void print(const VectorPtr& value, std::string_view label);
 
     Format format_;
+    FILE* out_;
     std::shared_ptr<StderrMessages> messages_;
     Interpreter wx_;
     Interpreter::Printer printer_;

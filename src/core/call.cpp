@@ -55,7 +55,7 @@ bool checkArguments(const FuncInfo& info, std::span<const VectorPtr> args, Messa
     }
     for (int i = 0; i < n; ++i) {
         int code = info.argType(i);
-        unsigned accepted = acceptedKinds(code) | functionTable().extraKinds(info, i);
+        unsigned accepted = acceptedKinds(code) | info.extraKinds(i);
         VDType kind = args[i]->type;
         if (accepted & (1u << kind)) continue;
         if (args[i]->size() == 0) {
@@ -179,7 +179,7 @@ FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
     // evaluated through whichever interpreter) in safe mode too.
     thread_local bool inSafeCall = false;
     bool safe = context.safe || inSafeCall;
-    if (safe && info.unsafe) {
+    if (safe && info.refusedInSafeMode) {
         messages->error("Function '%s' is not allowed in safe mode", info.name);
         return FUNC_FAILED;
     }

@@ -12,8 +12,6 @@ namespace wavex {
 struct FunctionTable::Impl {
     std::unordered_map<std::string, const FuncInfo*, CaseInsensitiveHash, CaseInsensitiveEqual> byName;
     std::unordered_map<std::string, std::string, CaseInsensitiveHash, CaseInsensitiveEqual> aliases;
-    // Kinds beyond the registered argType, per function name and argument position.
-    std::unordered_map<std::string, std::vector<unsigned>, CaseInsensitiveHash, CaseInsensitiveEqual> extraKinds;
 };
 
 FunctionTable::Impl& FunctionTable::impl() const {
@@ -64,20 +62,6 @@ std::vector<FuncLoc> FunctionTable::locations() const {
     std::vector<FuncLoc> r;
     for (const FuncInfo* f : all()) r.push_back({f->name, f->file, f->line, f->handler});
     return r;
-}
-
-void FunctionTable::acceptKinds(const char* name, int arg, unsigned kindMask) {
-    std::vector<unsigned>& kinds = impl().extraKinds[name];
-    if (kinds.size() <= static_cast<size_t>(arg)) kinds.resize(static_cast<size_t>(arg) + 1, 0);
-    kinds[static_cast<size_t>(arg)] |= kindMask;
-}
-
-unsigned FunctionTable::extraKinds(const FuncInfo& info, int arg) const {
-    const auto& all = impl().extraKinds;
-    if (all.empty()) return 0;
-    auto it = all.find(std::string_view(info.name));
-    if (it == all.end() || static_cast<size_t>(arg) >= it->second.size()) return 0;
-    return it->second[static_cast<size_t>(arg)];
 }
 
 FuncDef::FuncDef(const FuncInfo& info) : info_(&info) { functionTable().add(info_); }

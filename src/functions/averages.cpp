@@ -195,16 +195,37 @@ FUNC_ERROR truncate(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kCurveThenReals[] = {ARG_NUMERIC_REF, ARG_REAL, ARG_REAL};
-constexpr int kEach[] = {MULTI_EACH};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"area", kReals, 1, 3, area, kFirstEach, kNoOption},
-    {"avg", kReals, 1, 1, runningHandler<Running::Avg>, kEach, kNoOption},
-    {"Rms", kReals, 1, 1, runningHandler<Running::Rms>, kEach, kNoOption},
-    {"Truncate", kCurveThenReals, 2, 3, truncate, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"area", {arg::Real.each(), arg::Real, arg::Real}, 1, area,
+     {.signature = "area(v [, start [, end]])",
+      .summary = "The integral of v over x between two x-values, by trapezoids.",
+      .returns = "one real value per run, in v's unit times its x unit (V·s)",
+      .notes = "start and end default to the first and last x-values; ends that fall between samples "
+               "are interpolated as Mean1 does. A start beyond the data reports \"out of range\" and "
+               "gives an empty result. v without x-values is integrated over its indices.",
+      .example = "area(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]), 0.5, 3)"}},
+    {"avg", {arg::Real.each()}, 1, runningHandler<Running::Avg>,
+     {.signature = "avg(v)",
+      .summary = "The running mean of v from its first point.",
+      .returns = "a curve per run over v's x-values, in v's unit",
+      .notes = "r[i] = integral of v from x[0] to x[i] by trapezoids / (x[i] - x[0]); r[0] = v[0]. A "
+               "NaN makes its point and every later one NaN.",
+      .example = "avg(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]))"}},
+    {"Rms", {arg::Real.each()}, 1, runningHandler<Running::Rms>,
+     {.signature = "Rms(v)",
+      .summary = "The running RMS of v from its first point.",
+      .returns = "a curve per run over v's x-values, in v's unit",
+      .notes = "Each piece is the exact integral of the square of the straight line between two "
+               "points, so the result is exact for piecewise-linear data.",
+      .example = "Rms(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]))"}},
+    {"Truncate", {arg::Curve.each(), arg::Real, arg::Real}, 2, truncate,
+     {.signature = "Truncate(v, start [, end])",
+      .summary = "The part of v between two x-values, its ends interpolated.",
+      .returns = "a curve per run, real or complex as v, in v's units; a run the stretch misses is empty",
+      .notes = "end defaults to the last point. Points are added at start and end where they fall "
+               "between samples (linear interpolation); no extrapolation. A stretch wholly beside the "
+               "data reports that the x value is out of range; start after end fails.",
+      .example = "Truncate(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]), 0.5, 3.25)"}},
 };
 
 const FuncFamily family(kFunctions);

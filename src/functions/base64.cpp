@@ -41,15 +41,12 @@ FUNC_ERROR convert(WAVEX_HANDLER_PARAMS) {
     }
 }
 
-constexpr int kString[] = {ARG_STRING};
-constexpr int kReal[] = {ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"ConvertFromBase64", kString, 1, 1, convert<Op::DecodeString>},
-    {"ConvertNumberFromBase64", kString, 1, 1, convert<Op::DecodeNumber>},
-    {"ConvertNumberToBase64", kReal, 1, 1, convert<Op::EncodeNumber>},
-    {"ConvertToBase64", kString, 1, 1, convert<Op::EncodeString>},
-    {"_ConvertIntegerToBase64", kReal, 1, 1, convert<Op::EncodeInteger>},
+constexpr FuncInfo kFunctions[] = {
+    {"ConvertFromBase64", {arg::String}, 1, convert<Op::DecodeString>},
+    {"ConvertNumberFromBase64", {arg::String}, 1, convert<Op::DecodeNumber>},
+    {"ConvertNumberToBase64", {arg::Real}, 1, convert<Op::EncodeNumber>},
+    {"ConvertToBase64", {arg::String}, 1, convert<Op::EncodeString>},
+    {"_ConvertIntegerToBase64", {arg::Real}, 1, convert<Op::EncodeInteger>},
 };
 
 const FuncFamily family(kFunctions);

@@ -246,17 +246,14 @@ FUNC_ERROR constructorHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------
 
-constexpr int kReal[] = {ARG_REAL};
-constexpr int kEach[] = {MULTI_EACH};
-
-const FuncInfo kFunctions[] = {
+constexpr FuncInfo kFunctions[] = {
     // name, argument types, min, max, handler, per-division flags, options
-    {"integ", kReal, 1, 1, calculusHandler<Calc::Integ>, kEach, kNoOption},
-    {"diff", kReal, 1, 1, calculusHandler<Calc::Diff>, kEach, kNoOption},
-    {"vector", kReal, 1, 1, constructorHandler<Build::Vector>},
-    {"unitvec", kReal, 1, 1, constructorHandler<Build::UnitVec>},
-    {"makevec", kReal, 1, 1, constructorHandler<Build::MakeVec>},
-    {"makecomplexvec", kReal, 1, 1, constructorHandler<Build::MakeComplexVec>},
+    {"integ", {arg::Real.each()}, 1, calculusHandler<Calc::Integ>},
+    {"diff", {arg::Real.each()}, 1, calculusHandler<Calc::Diff>},
+    {"vector", {arg::Real}, 1, constructorHandler<Build::Vector>},
+    {"unitvec", {arg::Real}, 1, constructorHandler<Build::UnitVec>},
+    {"makevec", {arg::Real}, 1, constructorHandler<Build::MakeVec>},
+    {"makecomplexvec", {arg::Real}, 1, constructorHandler<Build::MakeComplexVec>},
 };
 
 const FuncFamily family(kFunctions);

@@ -171,36 +171,18 @@ FUNC_ERROR ev(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-constexpr int kReal3[] = {ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kEach3[] = {MULTI_EACH, MULTI_EACH, MULTI_EACH};
-constexpr int kCondition[] = {ARG_REAL, ARG_ANY, ARG_ANY};
-constexpr int kReals32[32] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
-                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
-                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL,
-                              ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kTexts[] = {ARG_STRING, ARG_STRING};
-constexpr int kAny8[] = {ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF,
-                         ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF, ARG_NUMERIC_REF};
-
-const FuncInfo kConditionalFunctions[] = {
-    FuncInfo("Field", kReal3, 3, 3, field),
-    FuncInfo("FieldV", kReal3, 3, 3, fieldV, kEach3, kPointwise),
-    FuncInfo("Floor", kReal3, 1, 1, floorScalar),
-    FuncInfo("Iff", kCondition, 3, 3, iff),
-    FuncInfo("IffV", kCondition, 3, 3, iffV, kPointwise),
-    FuncInfo("MaxN", kReals32, 1, 32, maxN),
-    FuncInfo("MinN", kReals32, 1, 32, minN),
-    FuncInfo("ee", kTexts, 1, 2, ee),
-    FuncInfo("ev", kAny8, 1, 8, ev),
+constexpr FuncInfo kConditionalFunctions[] = {
+    {"Field", {arg::Real, arg::Real, arg::Real}, 3, field},
+    {"FieldV", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 3, fieldV, kPointwise},
+    {"Floor", {arg::Real}, 1, floorScalar},
+    {"Iff", {arg::Real, arg::Any, arg::Any}, 3, iff},
+    {"IffV", {arg::Real, arg::Any, arg::Any}, 3, iffV, kPointwise},
+    {"MaxN", {arg::Real.upTo(32)}, 1, maxN},
+    {"MinN", {arg::Real.upTo(32)}, 1, minN},
+    {"ee", {arg::String, arg::String}, 1, ee},
+    {"ev", {arg::Curve.orKinds(VD_STRING).upTo(8)}, 1, ev},  // copies strings too
 };
 const FuncFamily conditionalFamily(kConditionalFunctions);
-
-// ev copies whatever it is given, strings included.
-struct AcceptStrings {
-    AcceptStrings() {
-        for (int i = 0; i < 8; ++i) functionTable().acceptKinds("ev", i, 1u << VD_STRING);
-    }
-} const acceptStrings;
 
 }  // namespace
 }  // namespace wavex

@@ -246,15 +246,12 @@ FUNC_ERROR curveFitPlot(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kArgs[] = {ARG_REAL, ARG_REAL, ARG_STRING};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"CurveFit", kArgs, 2, 2, coefficientsHandler<Fit::Poly>, kFirstEach, kNoOption},
-    {"CurveFitLog", kArgs, 2, 2, coefficientsHandler<Fit::Log>, kFirstEach, kNoOption},
-    {"CurveFitLogX", kArgs, 2, 2, coefficientsHandler<Fit::LogX>, kFirstEach, kNoOption},
-    {"CurveFitLogY", kArgs, 2, 2, coefficientsHandler<Fit::LogY>, kFirstEach, kNoOption},
-    {"CurveFitPlot", kArgs, 2, 3, curveFitPlot, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"CurveFit", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Poly>},
+    {"CurveFitLog", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Log>},
+    {"CurveFitLogX", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogX>},
+    {"CurveFitLogY", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogY>},
+    {"CurveFitPlot", {arg::Real.each(), arg::Real, arg::String}, 2, curveFitPlot},
 };
 
 const FuncFamily family(kFunctions);

@@ -712,73 +712,60 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------
 
-constexpr int kNumeric[] = {ARG_NUMERIC};
-constexpr int kReal[] = {ARG_REAL};
-constexpr int kAny[] = {ARG_ANY};
-constexpr int kIndexArgs[] = {ARG_ANY, ARG_REAL};
-constexpr int kEach[] = {MULTI_EACH};
-constexpr int kAll[] = {MULTI_ALL};
-constexpr int kJoined[] = {MULTI_JOINED};
-
-const FuncInfo kFunctions[] = {
-    {"abs", kNumeric, 1, 1, elementwise<Op::Mag>, kEach, kPointwise},
-    {"mag", kNumeric, 1, 1, elementwise<Op::Mag>, kEach, kPointwise},
-    {"magnitude", kNumeric, 1, 1, elementwise<Op::Mag>, kEach, kPointwise},
-    {"phase", kNumeric, 1, 1, elementwise<Op::Phase>, kEach, kNoOption},
-    {"ph", kNumeric, 1, 1, elementwise<Op::Phase>, kEach, kNoOption},
-    {"real", kNumeric, 1, 1, elementwise<Op::Real>, kEach, kPointwise},
-    {"re", kNumeric, 1, 1, elementwise<Op::Real>, kEach, kPointwise},
-    {"imag", kNumeric, 1, 1, elementwise<Op::Imag>, kEach, kPointwise},
-    {"im", kNumeric, 1, 1, elementwise<Op::Imag>, kEach, kPointwise},
-    {"sign", kReal, 1, 1, elementwise<Op::Sign>, kEach, kPointwise},
-    {"db", kNumeric, 1, 1, elementwise<Op::Db>, kEach, kPointwise},
-    {"log", kNumeric, 1, 1, elementwise<Op::Log>, kEach, kPointwise},
-    {"log10", kNumeric, 1, 1, elementwise<Op::Log>, kEach, kPointwise},
-    {"ln", kNumeric, 1, 1, elementwise<Op::Ln>, kEach, kPointwise},
-    {"exp", kNumeric, 1, 1, elementwise<Op::Exp>, kEach, kPointwise},
-    {"sin", kNumeric, 1, 1, elementwise<Op::Sin>, kEach, kPointwise},
-    {"cos", kNumeric, 1, 1, elementwise<Op::Cos>, kEach, kPointwise},
-    {"sqrt", kNumeric, 1, 1, elementwise<Op::Sqrt>, kEach, kPointwise},
-    {"tan", kNumeric, 1, 1, elementwise<Op::Tan>, kEach, kPointwise},
-    {"atan", kNumeric, 1, 1, elementwise<Op::Atan>, kEach, kPointwise},
-    {"norm", kNumeric, 1, 1, elementwise<Op::Norm>, kEach, kPointwise},
-    {"_UMinus", kNumeric, 1, 1, elementwise<Op::UMinus>},
-    {"rnd", kReal, 1, 1, elementwise<Op::Rnd>, kEach, kPointwise},
-    {"_Not", kNumeric, 1, 1, elementwise<Op::Not>},
-    {"mean", kNumeric, 1, 1, elementwise<Op::Mean>, kEach, kNoOption},
-    {"maxidx", kNumeric, 1, 1, elementwise<Op::MaxIdx>, kEach, kNoOption},
-    {"minidx", kNumeric, 1, 1, elementwise<Op::MinIdx>, kEach, kNoOption},
-    {"phase_rad", kNumeric, 1, 1, elementwise<Op::PhaseRad>, kEach, kNoOption},
-    {"sin_deg", kNumeric, 1, 1, elementwise<Op::SinDeg>, kEach, kPointwise},
-    {"cos_deg", kNumeric, 1, 1, elementwise<Op::CosDeg>, kEach, kPointwise},
-    {"tan_deg", kNumeric, 1, 1, elementwise<Op::TanDeg>, kEach, kPointwise},
-    {"atan_deg", kNumeric, 1, 1, elementwise<Op::AtanDeg>, kEach, kPointwise},
-    {"arg", kNumeric, 1, 1, elementwise<Op::Arg>, kEach, kPointwise},
-    {"arg_rad", kNumeric, 1, 1, elementwise<Op::ArgRad>, kEach, kPointwise},
-    {"floorv", kNumeric, 1, 1, elementwise<Op::Floor>, kEach, kPointwise},
-    {"sum", kNumeric, 1, 1, elementwise<Op::Sum>, kEach, kNoOption},
-    {"sinh", kNumeric, 1, 1, elementwise<Op::Sinh>, kEach, kPointwise},
-    {"cosh", kNumeric, 1, 1, elementwise<Op::Cosh>, kEach, kPointwise},
-    {"tanh", kNumeric, 1, 1, elementwise<Op::Tanh>, kEach, kPointwise},
-    {"asin", kNumeric, 1, 1, elementwise<Op::Asin>, kEach, kPointwise},
-    {"acos", kNumeric, 1, 1, elementwise<Op::Acos>, kEach, kPointwise},
-    {"asinh", kNumeric, 1, 1, elementwise<Op::Asinh>, kEach, kPointwise},
-    {"acosh", kNumeric, 1, 1, elementwise<Op::Acosh>, kEach, kPointwise},
-    {"atanh", kNumeric, 1, 1, elementwise<Op::Atanh>, kEach, kPointwise},
-    {"length", kAny, 1, 1, length, kAll, kNoOption},
-    {"NumElems", kAny, 1, 1, numElems, kJoined, kNoOption},
-    {"veclength", kAny, 1, 1, vecLength, kAll, kWholeArgument},
-    {"NumDivisions", kNumeric, 1, 1, numDivisions, kAll, kNoOption},
-    {"_Index", kIndexArgs, 2, 2, indexElement},
-    {"GroupDelay", kNumeric, 1, 1, groupDelay, kEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"abs", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
+    {"mag", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
+    {"magnitude", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
+    {"phase", {arg::Numeric.each()}, 1, elementwise<Op::Phase>},
+    {"ph", {arg::Numeric.each()}, 1, elementwise<Op::Phase>},
+    {"real", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise},
+    {"re", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise},
+    {"imag", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise},
+    {"im", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise},
+    {"sign", {arg::Real.each()}, 1, elementwise<Op::Sign>, kPointwise},
+    {"db", {arg::Numeric.each()}, 1, elementwise<Op::Db>, kPointwise},
+    {"log", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise},
+    {"log10", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise},
+    {"ln", {arg::Numeric.each()}, 1, elementwise<Op::Ln>, kPointwise},
+    {"exp", {arg::Numeric.each()}, 1, elementwise<Op::Exp>, kPointwise},
+    {"sin", {arg::Numeric.each()}, 1, elementwise<Op::Sin>, kPointwise},
+    {"cos", {arg::Numeric.each()}, 1, elementwise<Op::Cos>, kPointwise},
+    {"sqrt", {arg::Numeric.each()}, 1, elementwise<Op::Sqrt>, kPointwise},
+    {"tan", {arg::Numeric.each()}, 1, elementwise<Op::Tan>, kPointwise},
+    {"atan", {arg::Numeric.each()}, 1, elementwise<Op::Atan>, kPointwise},
+    {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>, kPointwise},
+    {"_UMinus", {arg::Numeric}, 1, elementwise<Op::UMinus>},
+    {"rnd", {arg::Real.each()}, 1, elementwise<Op::Rnd>, kPointwise},
+    {"_Not", {arg::Numeric}, 1, elementwise<Op::Not>},
+    {"mean", {arg::Numeric.each()}, 1, elementwise<Op::Mean>},
+    {"maxidx", {arg::Numeric.each()}, 1, elementwise<Op::MaxIdx>},
+    {"minidx", {arg::Numeric.each()}, 1, elementwise<Op::MinIdx>},
+    {"phase_rad", {arg::Numeric.each()}, 1, elementwise<Op::PhaseRad>},
+    {"sin_deg", {arg::Numeric.each()}, 1, elementwise<Op::SinDeg>, kPointwise},
+    {"cos_deg", {arg::Numeric.each()}, 1, elementwise<Op::CosDeg>, kPointwise},
+    {"tan_deg", {arg::Numeric.each()}, 1, elementwise<Op::TanDeg>, kPointwise},
+    {"atan_deg", {arg::Numeric.each()}, 1, elementwise<Op::AtanDeg>, kPointwise},
+    {"arg", {arg::Numeric.each()}, 1, elementwise<Op::Arg>, kPointwise},
+    {"arg_rad", {arg::Numeric.each()}, 1, elementwise<Op::ArgRad>, kPointwise},
+    {"floorv", {arg::Numeric.each()}, 1, elementwise<Op::Floor>, kPointwise},
+    {"sum", {arg::Numeric.each()}, 1, elementwise<Op::Sum>},
+    {"sinh", {arg::Numeric.each()}, 1, elementwise<Op::Sinh>, kPointwise},
+    {"cosh", {arg::Numeric.each()}, 1, elementwise<Op::Cosh>, kPointwise},
+    {"tanh", {arg::Numeric.each()}, 1, elementwise<Op::Tanh>, kPointwise},
+    {"asin", {arg::Numeric.each()}, 1, elementwise<Op::Asin>, kPointwise},
+    {"acos", {arg::Numeric.each()}, 1, elementwise<Op::Acos>, kPointwise},
+    {"asinh", {arg::Numeric.each()}, 1, elementwise<Op::Asinh>, kPointwise},
+    {"acosh", {arg::Numeric.each()}, 1, elementwise<Op::Acosh>, kPointwise},
+    {"atanh", {arg::Numeric.each()}, 1, elementwise<Op::Atanh>, kPointwise},
+    {"length", {arg::Any.all()}, 1, length},
+    {"NumElems", {arg::Any.joined()}, 1, numElems},
+    {"veclength", {arg::Any.all()}, 1, vecLength, kWholeArgument},
+    {"NumDivisions", {arg::Numeric.all()}, 1, numDivisions},
+    {"_Index", {arg::Any, arg::Real.orKinds(VD_COMPLEX)}, 2, indexElement},  // refuses a complex index itself
+    {"GroupDelay", {arg::Numeric.each()}, 1, groupDelay},
 };
 
 const FuncFamily family(kFunctions);
-
-// _Index reads a complex index only to refuse it with its own message.
-const struct AcceptComplexIndex {
-    AcceptComplexIndex() { functionTable().acceptKinds("_Index", 1, 1u << VD_COMPLEX); }
-} acceptComplexIndex;
 
 }  // namespace
 }  // namespace wavex

@@ -277,15 +277,10 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kExtremaArgs[] = {ARG_REAL, ARG_REAL, ARG_STRING};
-constexpr int kReals[] = {ARG_REAL, ARG_REAL};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-constexpr int kTwoEach[] = {MULTI_EACH, MULTI_EACH};
-
-const FuncInfo kFunctions[] = {
-    {"CyclePeriod", kReals, 1, 2, cyclePeriod, kTwoEach, kNoOption},
-    {"Maxima", kExtremaArgs, 1, 3, extremaHandler<Extrema::Maxima>, kFirstEach, kNoOption},
-    {"Minima", kExtremaArgs, 1, 3, extremaHandler<Extrema::Minima>, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod},
+    {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>},
+    {"Minima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Minima>},
 };
 
 const FuncFamily family(kFunctions);

@@ -356,173 +356,158 @@ const AutoFunc deleteAfterLine("PostCli", autoDeleteLockFile, "autoDeleteLockFil
 
 // ---- Registration ------------------------------------------------------------------------------
 
-// Reference entries of the rows below, ready to join them when the rows carry one:
-//   ChangeDirectory:
-//     .signature = "ChangeDirectory(path)"
-//     .summary = "Makes path the current directory."
-//     .returns = "the directory that was current before, a string"
-//     .notes = "Relative paths of later calls start from the new directory. Refused in safe mode."
-//     .example = "MakeDirectory('sub'); before = ChangeDirectory('sub'); PathFileName(CurrentDirectory()); back = ChangeDirectory(before)"
-//   CopyFile:
-//     .signature = "CopyFile(from, to)"
-//     .summary = "Copies a file, replacing the target."
-//     .returns = "1"
-//     .notes = "A directory as `to` receives the copy under the file's own name. The copy is written to a temporary file beside the target and renamed over it, so the target is never half written. Fails with the system's reason (\"Cannot copy 'x': No such file or directory\"). Refused in safe mode."
-//     .example = "WriteFile('a.txt', ['x']); CopyFile('a.txt', 'b.txt'); ReadFile('b.txt')"
-//   CreateLockFile:
-//     .signature = "CreateLockFile(path [, autoDelete])"
-//     .summary = "Takes an exclusive lock on a file that other processes running wavex see."
-//     .returns = "1 when this process holds the lock (also when it held it already); 0 with a warning naming the holder's process id when another process holds it"
-//     .notes = "The file is made when missing and holds the process id. The locks are released when the program leaves; with autoDelete non-zero the lock is released and the file deleted at the end of the command line. Refused in safe mode."
-//     .example = "CreateLockFile('job.lock', 1); FileExists('job.lock')"
-//   CurrentDirectory:
-//     .signature = "CurrentDirectory()"
-//     .summary = "The current directory."
-//     .returns = "its absolute path, a string"
-//     .example = "WriteFile('a.txt', ['x']); FileExists(PathJoin(CurrentDirectory(), 'a.txt'))"
-//   DeleteFile:
-//     .signature = "DeleteFile(path)"
-//     .summary = "Deletes a file."
-//     .returns = "1"
-//     .notes = "A directory is not deleted (\"Cannot delete 'd': Is a directory\"); other failures give the system's reason. Refused in safe mode."
-//     .example = "WriteFile('a.txt', ['x']); DeleteFile('a.txt'); FileExists('a.txt')"
-//   DirectoryExists:
-//     .signature = "DirectoryExists(path)"
-//     .summary = "Whether a directory exists."
-//     .returns = "1 or 0"
-//     .example = "MakeDirectory('d'); [DirectoryExists('d'), DirectoryExists('none')]"
-//   FileExists:
-//     .signature = "FileExists(path)"
-//     .summary = "Whether a file (anything but a directory) exists."
-//     .returns = "1 or 0"
-//     .example = "WriteFile('a.txt', ['x']); [FileExists('a.txt'), FileExists('b.txt')]"
-//   FileSize:
-//     .signature = "FileSize(path)"
-//     .summary = "The size of a file."
-//     .returns = "bytes, a number"
-//     .notes = "A directory or a missing file fails with the system's reason."
-//     .example = "WriteFile('a.txt', ['12345']); FileSize('a.txt')"
-//   FileTime:
-//     .signature = "FileTime(path)"
-//     .summary = "The time a file was last changed."
-//     .returns = "seconds since 1970-01-01 UTC with their fraction, in s: the time value ConvertUnixTimeToIso formats"
-//     .example = "WriteFile('a.txt', ['x']); abs(FileTime('a.txt') - Now()) < 60"
-//   ListFiles:
-//     .signature = "ListFiles(dir [, pattern [, recursive]])"
-//     .summary = "The files in a directory whose names match a pattern."
-//     .returns = "their paths relative to dir, sorted byte by byte, strings"
-//     .notes = "pattern is a glob (*, ?, [a-z]), default \"*\"; a name starting with '.' is matched only by a pattern starting with '.'. Directories are not listed; recursive non-zero descends into subdirectories (not through symbolic links) and gives paths like \"sub/x.csv\"."
-//     .example = "WriteFile('run1.csv', ['1']); WriteFile('run2.csv', ['2']); WriteFile('notes.txt', ['n']); ListFiles('.', '*.csv')"
-//   MakeDirectory:
-//     .signature = "MakeDirectory(path)"
-//     .summary = "Makes a directory and the parents it lacks."
-//     .returns = "1 when made, 0 when it was there already"
-//     .notes = "Refused in safe mode."
-//     .example = "[MakeDirectory('out/plots'), MakeDirectory('out')]"
-//   MoveFile:
-//     .signature = "MoveFile(from, to)"
-//     .summary = "Moves or renames a file or directory."
-//     .returns = "1"
-//     .notes = "A directory as `to` receives it under its own name; across file systems a file is copied and the original deleted. Refused in safe mode."
-//     .example = "WriteFile('a.txt', ['x']); MoveFile('a.txt', 'b.txt'); [FileExists('a.txt'), FileExists('b.txt')]"
-//   PathAbsolute:
-//     .signature = "PathAbsolute(paths)"
-//     .summary = "Each path made absolute against the current directory and normalised."
-//     .returns = "strings"
-//     .notes = "Text only: symbolic links are not followed."
-//     .example = "PathAbsolute('a/../b') == PathJoin(CurrentDirectory(), 'b')"
-//   PathExtension:
-//     .signature = "PathExtension(paths)"
-//     .summary = "The extension of each path's last part, with its dot."
-//     .returns = "strings; \"\" for none"
-//     .notes = "A name whose only dot is its first character (\".profile\") has none."
-//     .example = "PathExtension(['out.csv', 'wave.tar.gz', '.profile'])"
-//   PathFileName:
-//     .signature = "PathFileName(paths)"
-//     .summary = "The last part of each path."
-//     .returns = "strings"
-//     .notes = "A trailing '/' is ignored (\"a/b/\" gives \"b\"); \"/\" gives \"\"."
-//     .example = "PathFileName(['data/run1/out.csv', 'data/run1/'])"
-//   PathJoin:
-//     .signature = "PathJoin(part1, part2 [, ...])"
-//     .summary = "Parts joined with '/'."
-//     .returns = "strings: element i joins element i of every argument"
-//     .notes = "Up to 8 parts; an argument shorter than the others repeats its last element, an empty part adds nothing, an absolute part starts the path afresh."
-//     .example = "PathJoin('results', ['run1', 'run2'], 'out.csv')"
-//   PathNormalize:
-//     .signature = "PathNormalize(paths)"
-//     .summary = "Each path with \".\", doubled separators and \"x/..\" folded away."
-//     .returns = "strings"
-//     .notes = "\"..\" stays at the start of a relative path and goes at the root; a path that folds to nothing is \".\". Text only."
-//     .example = "PathNormalize('data/./run1//../run2/out.csv')"
-//   PathParent:
-//     .signature = "PathParent(paths)"
-//     .summary = "Each path without its last part."
-//     .returns = "strings"
-//     .notes = "\"a\" gives \"\", \"/a\" and \"/\" give \"/\"; a trailing '/' is ignored."
-//     .example = "PathParent(['data/run1/out.csv', 'data/run1/', '/'])"
-//   PathRelative:
-//     .signature = "PathRelative(paths [, base])"
-//     .summary = "Each path as seen from the directory base."
-//     .returns = "strings such as \"../run1/out.csv\", \".\" for base itself"
-//     .notes = "base defaults to the current directory; both are made absolute first. Parts are compared as PathEqual compares names."
-//     .example = "PathRelative('/data/run1/out.csv', '/data/run2')"
-//   PathStem:
-//     .signature = "PathStem(paths)"
-//     .summary = "The last part of each path without its extension."
-//     .returns = "strings"
-//     .example = "PathStem(['out.csv', 'wave.tar.gz', '.profile'])"
-//   TempFileName:
-//     .signature = "TempFileName([prefix])"
-//     .summary = "Makes a new empty file in the temporary directory."
-//     .returns = "its path, a string"
-//     .notes = "The name is prefix (default \"wavex\") and six random characters, in $TMPDIR or /tmp; the script deletes the file. Refused in safe mode."
-//     .example = "t = TempFileName('run'); [FileExists(t), FileSize(t), DeleteFile(t)]"
-//   UnlockFile:
-//     .signature = "UnlockFile(path)"
-//     .summary = "Releases a lock this process took with CreateLockFile and deletes the lock file."
-//     .returns = "1, or 0 when this process did not hold it"
-//     .notes = "Refused in safe mode."
-//     .example = "CreateLockFile('job.lock'); UnlockFile('job.lock'); FileExists('job.lock')"
-//   WriteFile:
-//     .signature = "WriteFile(path, lines [, append])"
-//     .summary = "Writes lines to a file, each followed by a line end."
-//     .returns = "the number of lines written"
-//     .notes = "append non-zero keeps the file's content and adds after it. Written to a temporary file and renamed over the target, so a failure never leaves a partly written file. Numbers are written as their text. Refused in safe mode."
-//     .example = "WriteFile('log.txt', ['first', 'second']); WriteFile('log.txt', ['third'], 1); ReadFile('log.txt')"
-
-
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kStrStr[] = {ARG_STRING, ARG_STRING};
-constexpr int kStrReal[] = {ARG_STRING, ARG_REAL};
-constexpr int kListArgs[] = {ARG_STRING, ARG_STRING, ARG_REAL};
-constexpr int kWriteArgs[] = {ARG_STRING, ARG_STRING, ARG_REAL};
-constexpr int kJoinArgs[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    unsafe({"ChangeDirectory", kStr, 1, 1, changeDirectory}),
-    unsafe({"CopyFile", kStrStr, 2, 2, copyFile}),
-    unsafe({"CreateLockFile", kStrReal, 1, 2, createLockFile}),
-    {"CurrentDirectory", nullptr, 0, 0, currentDirectoryFn},
-    unsafe({"DeleteFile", kStr, 1, 1, deleteFile}),
-    {"DirectoryExists", kStr, 1, 1, exists<true>},
-    {"FileExists", kStr, 1, 1, exists<false>},
-    {"FileSize", kStr, 1, 1, fileStat<false>},
-    {"FileTime", kStr, 1, 1, fileStat<true>},
-    {"ListFiles", kListArgs, 1, 3, listFiles},
-    unsafe({"MakeDirectory", kStr, 1, 1, makeDirectory}),
-    unsafe({"MoveFile", kStrStr, 2, 2, moveFile}),
-    {"PathAbsolute", kStr, 1, 1, eachPath<absoluteHere>},
-    {"PathExtension", kStr, 1, 1, eachPath<pathExtension>},
-    {"PathFileName", kStr, 1, 1, eachPath<pathFileName>},
-    {"PathJoin", kJoinArgs, 1, 8, pathJoinFn},
-    {"PathNormalize", kStr, 1, 1, eachPath<pathNormalize>},
-    {"PathParent", kStr, 1, 1, eachPath<pathParent>},
-    {"PathRelative", kStrStr, 1, 2, pathRelativeFn},
-    {"PathStem", kStr, 1, 1, eachPath<pathStem>},
-    unsafe({"TempFileName", kStr, 0, 1, tempFileName}),
-    unsafe({"UnlockFile", kStr, 1, 1, unlockFile}),
-    unsafe({"WriteFile", kWriteArgs, 2, 3, writeFile}),
+constexpr FuncInfo kFunctions[] = {
+    FuncInfo("ChangeDirectory", {arg::String}, 1, changeDirectory,
+             {.signature = "ChangeDirectory(path)",
+              .summary = "Makes path the current directory.",
+              .returns = "the directory that was current before, a string",
+              .notes = "Relative paths of later calls start from the new directory.",
+              .example = "MakeDirectory('sub'); before = ChangeDirectory('sub'); PathFileName(CurrentDirectory()); "
+                         "back = ChangeDirectory(before)"}).outsideSafeMode(),
+    FuncInfo("CopyFile", {arg::String, arg::String}, 2, copyFile,
+             {.signature = "CopyFile(from, to)",
+              .summary = "Copies a file, replacing the target.",
+              .returns = "1",
+              .notes = "A directory as `to` receives the copy under the file's own name. The copy is written to "
+                       "a temporary file beside the target and renamed over it, so the target is never half "
+                       "written. Fails with the system's reason (\"Cannot copy 'x': No such file or directory\").",
+              .example = "WriteFile('a.txt', ['x']); CopyFile('a.txt', 'b.txt'); ReadFile('b.txt')"}).outsideSafeMode(),
+    FuncInfo("CreateLockFile", {arg::String, arg::Real}, 1, createLockFile,
+             {.signature = "CreateLockFile(path [, autoDelete])",
+              .summary = "Takes an exclusive lock on a file that other processes running wavex see.",
+              .returns = "1 when this process holds the lock (also when it held it already); 0 with a warning "
+                         "naming the holder's process id when another process holds it",
+              .notes = "The file is made when missing and holds the process id. The locks are released when the "
+                       "program leaves; with autoDelete non-zero the lock is released and the file deleted at "
+                       "the end of the command line.",
+              .example = "CreateLockFile('job.lock', 1); FileExists('job.lock')"}).outsideSafeMode(),
+    {"CurrentDirectory", {}, 0, currentDirectoryFn,
+     {.signature = "CurrentDirectory()",
+      .summary = "The current directory.",
+      .returns = "its absolute path, a string",
+      .example = "WriteFile('a.txt', ['x']); FileExists(PathJoin(CurrentDirectory(), 'a.txt'))"}},
+    FuncInfo("DeleteFile", {arg::String}, 1, deleteFile,
+             {.signature = "DeleteFile(path)",
+              .summary = "Deletes a file.",
+              .returns = "1",
+              .notes = "A directory is not deleted (\"Cannot delete 'd': Is a directory\"); other failures give "
+                       "the system's reason.",
+              .example = "WriteFile('a.txt', ['x']); DeleteFile('a.txt'); FileExists('a.txt')"}).outsideSafeMode(),
+    {"DirectoryExists", {arg::String}, 1, exists<true>,
+     {.signature = "DirectoryExists(path)",
+      .summary = "Whether a directory exists.",
+      .returns = "1 or 0",
+      .example = "MakeDirectory('d'); [DirectoryExists('d'), DirectoryExists('none')]"}},
+    {"FileExists", {arg::String}, 1, exists<false>,
+     {.signature = "FileExists(path)",
+      .summary = "Whether a file (anything but a directory) exists.",
+      .returns = "1 or 0",
+      .example = "WriteFile('a.txt', ['x']); [FileExists('a.txt'), FileExists('b.txt')]"}},
+    {"FileSize", {arg::String}, 1, fileStat<false>,
+     {.signature = "FileSize(path)",
+      .summary = "The size of a file.",
+      .returns = "bytes, a number",
+      .notes = "A directory or a missing file fails with the system's reason.",
+      .example = "WriteFile('a.txt', ['12345']); FileSize('a.txt')"}},
+    {"FileTime", {arg::String}, 1, fileStat<true>,
+     {.signature = "FileTime(path)",
+      .summary = "The time a file was last changed.",
+      .returns = "seconds since 1970-01-01 UTC with their fraction, in s: the time value "
+                 "ConvertUnixTimeToIso formats",
+      .example = "WriteFile('a.txt', ['x']); abs(FileTime('a.txt') - Now()) < 60"}},
+    {"ListFiles", {arg::String, arg::String, arg::Real}, 1, listFiles,
+     {.signature = "ListFiles(dir [, pattern [, recursive]])",
+      .summary = "The files in a directory whose names match a pattern.",
+      .returns = "their paths relative to dir, sorted byte by byte, strings",
+      .notes = "pattern is a glob (*, ?, [a-z]), default \"*\"; a name starting with '.' is matched only "
+               "by a pattern starting with '.'. Directories are not listed; recursive non-zero descends "
+               "into subdirectories (not through symbolic links) and gives paths like \"sub/x.csv\".",
+      .example = "WriteFile('run1.csv', ['1']); WriteFile('run2.csv', ['2']); WriteFile('notes.txt', "
+                 "['n']); ListFiles('.', '*.csv')"}},
+    FuncInfo("MakeDirectory", {arg::String}, 1, makeDirectory,
+             {.signature = "MakeDirectory(path)",
+              .summary = "Makes a directory and the parents it lacks.",
+              .returns = "1 when made, 0 when it was there already",
+              .example = "[MakeDirectory('out/plots'), MakeDirectory('out')]"}).outsideSafeMode(),
+    FuncInfo("MoveFile", {arg::String, arg::String}, 2, moveFile,
+             {.signature = "MoveFile(from, to)",
+              .summary = "Moves or renames a file or directory.",
+              .returns = "1",
+              .notes = "A directory as `to` receives it under its own name; across file systems a file is copied "
+                       "and the original deleted.",
+              .example = "WriteFile('a.txt', ['x']); MoveFile('a.txt', 'b.txt'); [FileExists('a.txt'), "
+                         "FileExists('b.txt')]"}).outsideSafeMode(),
+    {"PathAbsolute", {arg::String}, 1, eachPath<absoluteHere>,
+     {.signature = "PathAbsolute(paths)",
+      .summary = "Each path made absolute against the current directory and normalised.",
+      .returns = "strings",
+      .notes = "Text only: symbolic links are not followed.",
+      .example = "PathAbsolute('a/../b') == PathJoin(CurrentDirectory(), 'b')"}},
+    {"PathExtension", {arg::String}, 1, eachPath<pathExtension>,
+     {.signature = "PathExtension(paths)",
+      .summary = "The extension of each path's last part, with its dot.",
+      .returns = "strings; \"\" for none",
+      .notes = "A name whose only dot is its first character (\".profile\") has none.",
+      .example = "PathExtension(['out.csv', 'wave.tar.gz', '.profile'])"}},
+    {"PathFileName", {arg::String}, 1, eachPath<pathFileName>,
+     {.signature = "PathFileName(paths)",
+      .summary = "The last part of each path.",
+      .returns = "strings",
+      .notes = "A trailing '/' is ignored (\"a/b/\" gives \"b\"); \"/\" gives \"\".",
+      .example = "PathFileName(['data/run1/out.csv', 'data/run1/'])"}},
+    {"PathJoin", {arg::String.upTo(8)}, 1, pathJoinFn,
+     {.signature = "PathJoin(part1, part2 [, ...])",
+      .summary = "Parts joined with '/'.",
+      .returns = "strings: element i joins element i of every argument",
+      .notes = "Up to 8 parts; an argument shorter than the others repeats its last element, an empty "
+               "part adds nothing, an absolute part starts the path afresh.",
+      .example = "PathJoin('results', ['run1', 'run2'], 'out.csv')"}},
+    {"PathNormalize", {arg::String}, 1, eachPath<pathNormalize>,
+     {.signature = "PathNormalize(paths)",
+      .summary = "Each path with \".\", doubled separators and \"x/..\" folded away.",
+      .returns = "strings",
+      .notes = "\"..\" stays at the start of a relative path and goes at the root; a path that folds to "
+               "nothing is \".\". Text only.",
+      .example = "PathNormalize('data/./run1//../run2/out.csv')"}},
+    {"PathParent", {arg::String}, 1, eachPath<pathParent>,
+     {.signature = "PathParent(paths)",
+      .summary = "Each path without its last part.",
+      .returns = "strings",
+      .notes = "\"a\" gives \"\", \"/a\" and \"/\" give \"/\"; a trailing '/' is ignored.",
+      .example = "PathParent(['data/run1/out.csv', 'data/run1/', '/'])"}},
+    {"PathRelative", {arg::String, arg::String}, 1, pathRelativeFn,
+     {.signature = "PathRelative(paths [, base])",
+      .summary = "Each path as seen from the directory base.",
+      .returns = "strings such as \"../run1/out.csv\", \".\" for base itself",
+      .notes = "base defaults to the current directory; both are made absolute first. Parts are compared "
+               "as PathEqual compares names.",
+      .example = "PathRelative('/data/run1/out.csv', '/data/run2')"}},
+    {"PathStem", {arg::String}, 1, eachPath<pathStem>,
+     {.signature = "PathStem(paths)",
+      .summary = "The last part of each path without its extension.",
+      .returns = "strings",
+      .example = "PathStem(['out.csv', 'wave.tar.gz', '.profile'])"}},
+    FuncInfo("TempFileName", {arg::String}, 0, tempFileName,
+             {.signature = "TempFileName([prefix])",
+              .summary = "Makes a new empty file in the temporary directory.",
+              .returns = "its path, a string",
+              .notes = "The name is prefix (default \"wavex\") and six random characters, in $TMPDIR or /tmp; the "
+                       "script deletes the file.",
+              .example = "t = TempFileName('run'); [FileExists(t), FileSize(t), DeleteFile(t)]"}).outsideSafeMode(),
+    FuncInfo("UnlockFile", {arg::String}, 1, unlockFile,
+             {.signature = "UnlockFile(path)",
+              .summary = "Releases a lock this process took with CreateLockFile and deletes the lock file.",
+              .returns = "1, or 0 when this process did not hold it",
+              .example = "CreateLockFile('job.lock'); UnlockFile('job.lock'); FileExists('job.lock')"}).outsideSafeMode(),
+    FuncInfo("WriteFile", {arg::String, arg::String, arg::Real}, 2, writeFile,
+             {.signature = "WriteFile(path, lines [, append])",
+              .summary = "Writes lines to a file, each followed by a line end.",
+              .returns = "the number of lines written",
+              .notes = "append non-zero keeps the file's content and adds after it. Written to a temporary file "
+                       "and renamed over the target, so a failure never leaves a partly written file. Numbers "
+                       "are written as their text.",
+              .example = "WriteFile('log.txt', ['first', 'second']); WriteFile('log.txt', ['third'], 1); "
+                         "ReadFile('log.txt')"}).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -155,13 +155,10 @@ FUNC_ERROR filterHandler(WAVEX_HANDLER_PARAMS) {
     return filter(args, result, op);
 }
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"FIR", kReals, 2, 3, filterHandler<Filter::FIR>, kFirstEach, kNoOption},
-    {"IIR", kReals, 2, 3, filterHandler<Filter::IIR>, kFirstEach, kNoOption},
-    {"LPF", kReals, 2, 3, filterHandler<Filter::LPF>, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"FIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::FIR>},
+    {"IIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::IIR>},
+    {"LPF", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::LPF>},
 };
 
 const FuncFamily family(kFunctions);

@@ -259,29 +259,17 @@ FUNC_ERROR rgbToHTML(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------------
 
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kReal[] = {ARG_REAL};
-constexpr int kFormatArgs[] = {ARG_REAL, ARG_REAL, ARG_STRING};
-constexpr int kSprintfArgs[] = {ARG_STRING, ARG_NUMERIC_REF, ARG_ANY, ARG_ANY, ARG_ANY, ARG_ANY, ARG_ANY, ARG_ANY};
-
-const FuncInfo kFunctions[] = {
-    {"FormatNumber", kFormatArgs, 2, 3, formatNumber},
-    {"SprintfNumber", kSprintfArgs, 1, 8, sprintfNumber},
-    {"ConvertIsoTimeToUnix", kStr, 1, 1, isoTimeToUnix},
-    {"ConvertUnixTimeToIso", kReal, 1, 1, unixTimeToIso},
-    {"ConvertHTMLcolourToRGB", kStr, 1, 1, htmlToRGB},
-    {"ConvertRGBcolourToHTML", kStr, 1, 1, rgbToHTML},
+constexpr FuncInfo kFunctions[] = {
+    {"FormatNumber", {arg::Real, arg::Real, arg::String}, 2, formatNumber},
+    // The first value may be text like the others.
+    {"SprintfNumber", {arg::String, arg::Curve.orKinds(VD_STRING), arg::Any.upTo(6)}, 1, sprintfNumber},
+    {"ConvertIsoTimeToUnix", {arg::String}, 1, isoTimeToUnix},
+    {"ConvertUnixTimeToIso", {arg::Real}, 1, unixTimeToIso},
+    {"ConvertHTMLcolourToRGB", {arg::String}, 1, htmlToRGB},
+    {"ConvertRGBcolourToHTML", {arg::String.orKinds(VD_REAL)}, 1, rgbToHTML},  // a colour may be a number
 };
 
 const FuncFamily family(kFunctions);
-
-// SprintfNumber's first value may be text like the others; a colour value may be given as a number.
-const struct AcceptValues {
-    AcceptValues() {
-        functionTable().acceptKinds("SprintfNumber", 1, 1u << VD_STRING);
-        functionTable().acceptKinds("ConvertRGBcolourToHTML", 0, 1u << VD_REAL);
-    }
-} acceptValues;
 
 }  // namespace
 }  // namespace wavex

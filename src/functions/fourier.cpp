@@ -363,24 +363,14 @@ FUNC_ERROR spectrumUniv(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kFftArgs[] = {ARG_REAL, ARG_STRING};
-constexpr int kWindowArgs[] = {ARG_REAL, ARG_STRING, ARG_REAL};
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"Fourier", kReals, 3, 4, fourier, kFirstEach, kNoOption},
-    {"FourierWindow", kWindowArgs, 1, 3, fourierWindow, kFirstEach, kNoOption},
-    {"SpectrumUniv", kReals, 2, 2, spectrumUniv, kFirstEach, kNoOption},
-    {"fft", kFftArgs, 1, 2, fft, kFirstEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"Fourier", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 3, fourier},
+    {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow},
+    {"SpectrumUniv", {arg::Real.each(), arg::Real}, 2, spectrumUniv},
+    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft},  // refuses complex data itself
 };
 
 const FuncFamily family(kFunctions);
-
-// fft reads the kind of its data to refuse complex data with its own message.
-const struct AcceptComplexFft {
-    AcceptComplexFft() { functionTable().acceptKinds("fft", 0, 1u << VD_COMPLEX); }
-} acceptComplexFft;
 
 }  // namespace
 }  // namespace wavex

@@ -154,18 +154,13 @@ FUNC_ERROR hashDelete(WAVEX_HANDLER_PARAMS) {
     return scalarResult(result, 1);
 }
 
-constexpr int kStrings[] = {ARG_STRING};
-constexpr int kHandle[] = {ARG_REAL};
-constexpr int kHandleKeys[] = {ARG_REAL, ARG_STRING};
-constexpr int kHandleKeysValues[] = {ARG_REAL, ARG_STRING, ARG_STRING};
-
-const FuncInfo kHashFunctions[] = {
-    FuncInfo("HashAdd", kHandleKeysValues, 3, 3, hashAdd),
-    FuncInfo("HashCreate", kStrings, 0, 1, hashCreate),
-    FuncInfo("HashDelete", kHandle, 1, 1, hashDelete),
-    FuncInfo("HashKeys", kHandle, 1, 1, hashKeys),
-    FuncInfo("HashRemove", kHandleKeys, 2, 2, hashRemove),
-    FuncInfo("HashSearch", kHandleKeysValues, 2, 3, hashSearch),
+constexpr FuncInfo kHashFunctions[] = {
+    {"HashAdd", {arg::Real, arg::String, arg::String}, 3, hashAdd},
+    {"HashCreate", {arg::String}, 0, hashCreate},
+    {"HashDelete", {arg::Real}, 1, hashDelete},
+    {"HashKeys", {arg::Real}, 1, hashKeys},
+    {"HashRemove", {arg::Real, arg::String}, 2, hashRemove},
+    {"HashSearch", {arg::Real, arg::String, arg::String}, 2, hashSearch},
 };
 const FuncFamily hashFamily(kHashFunctions);
 

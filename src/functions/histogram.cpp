@@ -175,11 +175,8 @@ FUNC_ERROR histogram(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kJoined[] = {MULTI_JOINED, MULTI_NONE, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"Histogram", kReals, 2, 4, histogram, kJoined, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"Histogram", {arg::Real.joined(), arg::Real, arg::Real, arg::Real}, 2, histogram},
 };
 
 const FuncFamily family(kFunctions);

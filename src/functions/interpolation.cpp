@@ -381,31 +381,19 @@ FUNC_ERROR coll(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kRangeArgs[] = {ARG_NUMERIC_REF, ARG_REAL, ARG_REAL};
-constexpr int kNumeric[] = {ARG_NUMERIC};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE, MULTI_NONE};
-constexpr int kTwoEach[] = {MULTI_EACH, MULTI_EACH, MULTI_NONE, MULTI_NONE};
-constexpr int kAll[] = {MULTI_ALL};
-
-const FuncInfo kFunctions[] = {
-    {"Coll", kNumeric, 1, 1, coll, kAll, kNoOption},
-    {"Interp", kReals, 2, 4, interp, kFirstEach, kNoOption},
-    {"PropagationDelay", kReals, 4, 6, propagationDelay},
-    {"Range", kRangeArgs, 1, 3, range, kFirstEach, kNoOption},
-    {"Ref", kNumeric, 1, 1, ref, kFirstEach, kNoOption},
-    {"XFromY", kReals, 2, 4, searchHandler<Search::XFromY>, kTwoEach, kNoOption},
-    {"XY", kReals, 2, 2, xy, kTwoEach, kNoOption},
-    {"XYOrdered", kReals, 2, 2, xyOrdered, kTwoEach, kNoOption},
-    {"YFromX", kReals, 2, 3, searchHandler<Search::YFromX>, kTwoEach, kNoOption},
+constexpr FuncInfo kFunctions[] = {
+    {"Coll", {arg::Numeric.all()}, 1, coll},
+    {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp},
+    {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay},
+    {"Range", {arg::Curve.each().orKinds(VD_STRING), arg::Real, arg::Real}, 1, range},  // copies strings too
+    {"Ref", {arg::Numeric.each()}, 1, ref},
+    {"XFromY", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real}, 2, searchHandler<Search::XFromY>},
+    {"XY", {arg::Real.each(), arg::Real.each()}, 2, xy},
+    {"XYOrdered", {arg::Real.each(), arg::Real.each()}, 2, xyOrdered},
+    {"YFromX", {arg::Real.each(), arg::Real.each(), arg::Real}, 2, searchHandler<Search::YFromX>},
 };
 
 const FuncFamily family(kFunctions);
-
-// Range copies string vectors too, through its numeric-with-reference argument.
-const struct AcceptStringRange {
-    AcceptStringRange() { functionTable().acceptKinds("Range", 0, 1u << VD_STRING); }
-} acceptStringRange;
 
 }  // namespace
 }  // namespace wavex

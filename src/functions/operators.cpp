@@ -432,31 +432,26 @@ FUNC_ERROR comparison(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------
 
-constexpr int kNumbers[] = {ARG_NUMERIC, ARG_NUMERIC};
-constexpr int kAnyKinds[] = {ARG_ANY, ARG_ANY};
-constexpr int kReals[] = {ARG_REAL, ARG_REAL};
-constexpr int kEach[] = {MULTI_EACH, MULTI_EACH};
-
-const FuncInfo kFunctions[] = {
-    {"_Plus", kNumbers, 2, 2, binary<Op::Plus>},
-    {"_Minus", kNumbers, 2, 2, binary<Op::Minus>},
-    {"_Times", kNumbers, 2, 2, binary<Op::Times>},
-    {"_Divide", kNumbers, 2, 2, binary<Op::Divide>},
-    {"_Power", kNumbers, 2, 2, binary<Op::Power>},
-    {"_Eq", kAnyKinds, 2, 2, comparison<Op::Eq, StringComparison::Equal>},
-    {"_Comma", kNumbers, 2, 2, binary<Op::Comma>},
-    {"_Mod", kNumbers, 2, 2, binary<Op::Mod>},
-    {"_Gt", kAnyKinds, 2, 2, comparison<Op::Gt, StringComparison::Greater>},
-    {"_Lt", kAnyKinds, 2, 2, comparison<Op::Lt, StringComparison::Less>},
-    {"_Ge", kAnyKinds, 2, 2, comparison<Op::Ge, StringComparison::GreaterEqual>},
-    {"_Le", kAnyKinds, 2, 2, comparison<Op::Le, StringComparison::LessEqual>},
-    {"_Ne", kAnyKinds, 2, 2, comparison<Op::Ne, StringComparison::NotEqual>},
-    {"_And", kNumbers, 2, 2, binary<Op::And>},
-    {"_Or", kNumbers, 2, 2, binary<Op::Or>},
-    {"max", kNumbers, 2, 2, binary<Op::Max>},
-    {"min", kNumbers, 2, 2, binary<Op::Min>},
-    {"atan2", kReals, 2, 2, binary<Op::Atan2>, kEach, kPointwise},
-    {"atan2_deg", kReals, 2, 2, binary<Op::Atan2Deg>, kEach, kPointwise},
+constexpr FuncInfo kFunctions[] = {
+    {"_Plus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Plus>},
+    {"_Minus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Minus>},
+    {"_Times", {arg::Numeric, arg::Numeric}, 2, binary<Op::Times>},
+    {"_Divide", {arg::Numeric, arg::Numeric}, 2, binary<Op::Divide>},
+    {"_Power", {arg::Numeric, arg::Numeric}, 2, binary<Op::Power>},
+    {"_Eq", {arg::Any, arg::Any}, 2, comparison<Op::Eq, StringComparison::Equal>},
+    {"_Comma", {arg::Numeric, arg::Numeric}, 2, binary<Op::Comma>},
+    {"_Mod", {arg::Numeric, arg::Numeric}, 2, binary<Op::Mod>},
+    {"_Gt", {arg::Any, arg::Any}, 2, comparison<Op::Gt, StringComparison::Greater>},
+    {"_Lt", {arg::Any, arg::Any}, 2, comparison<Op::Lt, StringComparison::Less>},
+    {"_Ge", {arg::Any, arg::Any}, 2, comparison<Op::Ge, StringComparison::GreaterEqual>},
+    {"_Le", {arg::Any, arg::Any}, 2, comparison<Op::Le, StringComparison::LessEqual>},
+    {"_Ne", {arg::Any, arg::Any}, 2, comparison<Op::Ne, StringComparison::NotEqual>},
+    {"_And", {arg::Numeric, arg::Numeric}, 2, binary<Op::And>},
+    {"_Or", {arg::Numeric, arg::Numeric}, 2, binary<Op::Or>},
+    {"max", {arg::Numeric, arg::Numeric}, 2, binary<Op::Max>},
+    {"min", {arg::Numeric, arg::Numeric}, 2, binary<Op::Min>},
+    {"atan2", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2>, kPointwise},
+    {"atan2_deg", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2Deg>, kPointwise},
 };
 
 const FuncFamily family(kFunctions);

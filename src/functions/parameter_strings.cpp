@@ -82,12 +82,10 @@ FUNC_ERROR buildParameter(WAVEX_HANDLER_PARAMS) {
         ? FUNC_OK : FUNC_FAILED;
 }
 
-constexpr int kStr5[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"ParseParameterString", kStr5, 3, 5, parseParameterString<ParameterReading::Tokens>},
-    {"ParseParameterString2", kStr5, 3, 5, parseParameterString<ParameterReading::Entries>},
-    {"BuildParameterString", kStr5, 2, 3, buildParameter},
+constexpr FuncInfo kFunctions[] = {
+    {"ParseParameterString", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3, parseParameterString<ParameterReading::Tokens>},
+    {"ParseParameterString2", {arg::String, arg::String, arg::String, arg::String, arg::String}, 3, parseParameterString<ParameterReading::Entries>},
+    {"BuildParameterString", {arg::String, arg::String, arg::String}, 2, buildParameter},
 };
 
 const FuncFamily family(kFunctions);

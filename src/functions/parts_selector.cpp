@@ -318,14 +318,10 @@ FUNC_ERROR buildPartSelectorData(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration --------------------------------------------------------------------------------
 
-constexpr int kStrReal[] = {ARG_STRING, ARG_REAL};
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kStr3[] = {ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    unsafe({"ApplyJournal", kStrReal, 2, 2, applyJournalFn}),
-    {"ExtractPartsTreeNameList", kStr, 1, 1, extractPartsTreeNameList},
-    unsafe({"_BuildPartSelectorData", kStr3, 1, 3, buildPartSelectorData}),
+constexpr FuncInfo kFunctions[] = {
+    FuncInfo("ApplyJournal", {arg::String, arg::Real}, 2, applyJournalFn).outsideSafeMode(),
+    {"ExtractPartsTreeNameList", {arg::String}, 1, extractPartsTreeNameList},
+    FuncInfo("_BuildPartSelectorData", {arg::String, arg::String, arg::String}, 1, buildPartSelectorData).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -255,21 +255,16 @@ FUNC_ERROR allEqualHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kReals[] = {ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kNumericThenReals[] = {ARG_NUMERIC, ARG_REAL, ARG_REAL};
-constexpr int kAllEach[] = {MULTI_EACH, MULTI_EACH, MULTI_EACH};
-constexpr int kFirstEach[] = {MULTI_EACH, MULTI_NONE, MULTI_NONE};
-
-const FuncInfo kFunctions[] = {
-    {"Locate", kReals, 2, 2, locateHandler},
-    {"Maximum", kNumericThenReals, 1, 3, extremeHandler<Extreme::Maximum>, kFirstEach, kNoOption},
-    {"Mean1", kReals, 1, 3, integralHandler<Integral::Mean1>, kAllEach, kNoOption},
-    {"Minimum", kNumericThenReals, 1, 3, extremeHandler<Extreme::Minimum>, kFirstEach, kNoOption},
-    {"Ones", kReals, 1, 1, allEqualHandler<AllEqual::Ones>},
-    {"RMS1", kReals, 1, 3, integralHandler<Integral::RMS1>, kAllEach, kNoOption},
-    {"RootSumOfSquares", kReals, 1, 3, integralHandler<Integral::RootSumOfSquares>, kAllEach, kNoOption},
-    {"SumNoise", kReals, 1, 3, integralHandler<Integral::RootSumOfSquares>, kAllEach, kNoOption},
-    {"Zeros", kReals, 1, 1, allEqualHandler<AllEqual::Zeros>},
+constexpr FuncInfo kFunctions[] = {
+    {"Locate", {arg::Real, arg::Real}, 2, locateHandler},
+    {"Maximum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Maximum>},
+    {"Mean1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::Mean1>},
+    {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>},
+    {"Ones", {arg::Real}, 1, allEqualHandler<AllEqual::Ones>},
+    {"RMS1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RMS1>},
+    {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
+    {"SumNoise", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
+    {"Zeros", {arg::Real}, 1, allEqualHandler<AllEqual::Zeros>},
 };
 
 const FuncFamily family(kFunctions);

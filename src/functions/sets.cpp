@@ -95,13 +95,11 @@ FUNC_ERROR setFunction(WAVEX_HANDLER_PARAMS) {
     return setWorker(args, result, kSetOps[static_cast<size_t>(op)]);
 }
 
-constexpr int kStr2[] = {ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"SetUnion", kStr2, 1, 2, setFunction<SetOp::Union>, kWholeArgument},
-    {"SetIntersect", kStr2, 2, 2, setFunction<SetOp::Intersect>, kWholeArgument},
-    {"SetDifference", kStr2, 2, 2, setFunction<SetOp::Difference>, kWholeArgument},
-    {"SetSymmetricDifference", kStr2, 2, 2, setFunction<SetOp::SymmetricDifference>, kWholeArgument},
+constexpr FuncInfo kFunctions[] = {
+    {"SetUnion", {arg::String, arg::String}, 1, setFunction<SetOp::Union>, kWholeArgument},
+    {"SetIntersect", {arg::String, arg::String}, 2, setFunction<SetOp::Intersect>, kWholeArgument},
+    {"SetDifference", {arg::String, arg::String}, 2, setFunction<SetOp::Difference>, kWholeArgument},
+    {"SetSymmetricDifference", {arg::String, arg::String}, 2, setFunction<SetOp::SymmetricDifference>, kWholeArgument},
 };
 
 const FuncFamily family(kFunctions);

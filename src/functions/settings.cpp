@@ -191,82 +191,80 @@ FUNC_ERROR listOptions(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-// Reference entries of the rows below, ready to join them when the rows carry one:
-//   DeleteSetting:
-//     .signature = "DeleteSetting(key)"
-//     .summary = "Removes a per-user setting."
-//     .returns = "1 when it was set, else 0"
-//     .notes = "See GetSetting for where settings live. Refused in safe mode."
-//     .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); DeleteSetting('Plot/colour'); GetSetting('Plot/colour', 'gone')"
-//   GetOption:
-//     .signature = "GetOption(name)"
-//     .summary = "A host option's value, as --option sets it."
-//     .returns = "its text, a string"
-//     .notes = "Names ignore case; an unknown name fails (\"Unknown option 'x'\")."
-//     .example = "GetOption('InterpPts')"
-//   GetSetting:
-//     .signature = "GetSetting(key [, default])"
-//     .summary = "A per-user setting."
-//     .returns = "the text stored, or default (\"\" when not given)"
-//     .notes = "Settings live in $XDG_CONFIG_HOME/wavex/settings.ini ($HOME/.config/wavex when the variable is not set); a key \"group/name\" (or \"group\\name\") is entry name of section [group]."
-//     .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); [GetSetting('Plot/colour'), GetSetting('Plot/grid', 'none')]"
-//   IniKeys:
-//     .signature = "IniKeys(file, section)"
-//     .summary = "The keys of an ini file's section."
-//     .returns = "strings in file order; none for a missing file or section"
-//     .notes = "Section names ignore case; \"\" is the part before the first section."
-//     .example = "IniWrite('run.ini', 'Sim', 'steps', 10); IniWrite('run.ini', 'Sim', 'stop', 1m); IniKeys('run.ini', 'sim')"
-//   IniRead:
-//     .signature = "IniRead(file, section, key [, default])"
-//     .summary = "A value of an ini file."
-//     .returns = "a string: the value with the blanks around it trimmed, or default (\"\") when the file, section or key is missing"
-//     .notes = "Lines are \"[section]\", \"key = value\" and comments starting with ';' or '#'; names ignore case. A file with a section or key named twice, or a line without '=', fails with its line number."
-//     .example = "IniWrite('run.ini', 'Sim', 'steps', 100); [IniRead('run.ini', 'Sim', 'steps'), IniRead('run.ini', 'Sim', 'stop', 'none')]"
-//   IniSections:
-//     .signature = "IniSections(file)"
-//     .summary = "The sections of an ini file."
-//     .returns = "strings in file order (\"\" first when entries come before the first section)"
-//     .example = "IniWrite('run.ini', 'Plot', 'colour', 'red'); IniWrite('run.ini', 'Sim', 'steps', 10); IniSections('run.ini')"
-//   IniWrite:
-//     .signature = "IniWrite(file, section, key [, value])"
-//     .summary = "Sets or, without a value, removes an entry of an ini file."
-//     .returns = "1 when the file changed, else 0"
-//     .notes = "The file and section are made when missing. Comments, blank lines, spacing and line ends of the rest stay as they were; the file is rewritten through a temporary file. Names holding '=', ']' or line ends are refused. Refused in safe mode."
-//     .example = "IniWrite('run.ini', 'Sim', 'steps', 100); IniWrite('run.ini', 'Sim', 'steps', 200); ReadFile('run.ini')"
-//   ListOptions:
-//     .signature = "ListOptions()"
-//     .summary = "Every host option with its value."
-//     .returns = "strings \"NAME=VALUE\", sorted by name"
-//     .example = "length(ListOptions()) > 0; ListOptions()[0]"
-//   SetOption:
-//     .signature = "SetOption(name, value)"
-//     .summary = "Sets a host option, as --option does."
-//     .returns = "the value it had, a string"
-//     .notes = "A value that does not suit the option fails (\"Option 'InterpPts' needs an integer, not '1.5'\"). Refused in safe mode."
-//     .example = "SetOption('InterpPts', 4096); SetOption('InterpPts', 1024)"
-//   SetSetting:
-//     .signature = "SetSetting(key, value)"
-//     .summary = "Stores a per-user setting."
-//     .returns = "1 when the settings file changed, else 0"
-//     .notes = "See GetSetting. Refused in safe mode."
-//     .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); ReadFile('wavex/settings.ini')"
-
-
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kStr2[] = {ARG_STRING, ARG_STRING};
-constexpr int kStr4[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    unsafe({"DeleteSetting", kStr, 1, 1, deleteSetting}),
-    {"GetOption", kStr, 1, 1, getOption},
-    {"GetSetting", kStr2, 1, 2, getSetting},
-    {"IniKeys", kStr2, 2, 2, iniKeys},
-    {"IniRead", kStr4, 3, 4, iniRead},
-    {"IniSections", kStr, 1, 1, iniSections},
-    unsafe({"IniWrite", kStr4, 3, 4, iniWrite}),
-    {"ListOptions", nullptr, 0, 0, listOptions},
-    unsafe({"SetOption", kStr2, 2, 2, setOptionFn}),
-    unsafe({"SetSetting", kStr2, 2, 2, setSetting}),
+constexpr FuncInfo kFunctions[] = {
+    FuncInfo("DeleteSetting", {arg::String}, 1, deleteSetting,
+             {.signature = "DeleteSetting(key)",
+              .summary = "Removes a per-user setting.",
+              .returns = "1 when it was set, else 0",
+              .notes = "See GetSetting for where settings live.",
+              .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); "
+                         "DeleteSetting('Plot/colour'); GetSetting('Plot/colour', 'gone')"}).outsideSafeMode(),
+    {"GetOption", {arg::String}, 1, getOption,
+     {.signature = "GetOption(name)",
+      .summary = "A host option's value, as --option sets it.",
+      .returns = "its text, a string",
+      .notes = "Names ignore case; an unknown name fails (\"Unknown option 'x'\").",
+      .example = "GetOption('InterpPts')"}},
+    {"GetSetting", {arg::String, arg::String}, 1, getSetting,
+     {.signature = "GetSetting(key [, default])",
+      .summary = "A per-user setting.",
+      .returns = "the text stored, or default (\"\" when not given)",
+      .notes = "Settings live in $XDG_CONFIG_HOME/wavex/settings.ini ($HOME/.config/wavex when the "
+               "variable is not set); a key \"group/name\" (or \"group\\name\") is entry name of section "
+               "[group].",
+      .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); "
+                 "[GetSetting('Plot/colour'), GetSetting('Plot/grid', 'none')]"}},
+    {"IniKeys", {arg::String, arg::String}, 2, iniKeys,
+     {.signature = "IniKeys(file, section)",
+      .summary = "The keys of an ini file's section.",
+      .returns = "strings in file order; none for a missing file or section",
+      .notes = "Section names ignore case; \"\" is the part before the first section.",
+      .example = "IniWrite('run.ini', 'Sim', 'steps', 10); IniWrite('run.ini', 'Sim', 'stop', 1m); "
+                 "IniKeys('run.ini', 'sim')"}},
+    {"IniRead", {arg::String, arg::String, arg::String, arg::String}, 3, iniRead,
+     {.signature = "IniRead(file, section, key [, default])",
+      .summary = "A value of an ini file.",
+      .returns = "a string: the value with the blanks around it trimmed, or default (\"\") when the file, "
+                 "section or key is missing",
+      .notes = "Lines are \"[section]\", \"key = value\" and comments starting with ';' or '#'; names ignore "
+               "case. A file with a section or key named twice, or a line without '=', fails with its "
+               "line number.",
+      .example = "IniWrite('run.ini', 'Sim', 'steps', 100); [IniRead('run.ini', 'Sim', 'steps'), "
+                 "IniRead('run.ini', 'Sim', 'stop', 'none')]"}},
+    {"IniSections", {arg::String}, 1, iniSections,
+     {.signature = "IniSections(file)",
+      .summary = "The sections of an ini file.",
+      .returns = "strings in file order (\"\" first when entries come before the first section)",
+      .example = "IniWrite('run.ini', 'Plot', 'colour', 'red'); IniWrite('run.ini', 'Sim', 'steps', 10); "
+                 "IniSections('run.ini')"}},
+    FuncInfo("IniWrite", {arg::String, arg::String, arg::String, arg::String}, 3, iniWrite,
+             {.signature = "IniWrite(file, section, key [, value])",
+              .summary = "Sets or, without a value, removes an entry of an ini file.",
+              .returns = "1 when the file changed, else 0",
+              .notes = "The file and section are made when missing. Comments, blank lines, spacing and line ends "
+                       "of the rest stay as they were; the file is rewritten through a temporary file. Names "
+                       "holding '=', ']' or line ends are refused.",
+              .example = "IniWrite('run.ini', 'Sim', 'steps', 100); IniWrite('run.ini', 'Sim', 'steps', 200); "
+                         "ReadFile('run.ini')"}).outsideSafeMode(),
+    {"ListOptions", {}, 0, listOptions,
+     {.signature = "ListOptions()",
+      .summary = "Every host option with its value.",
+      .returns = "strings \"NAME=VALUE\", sorted by name",
+      .example = "length(ListOptions()) > 0; ListOptions()[0]"}},
+    FuncInfo("SetOption", {arg::String, arg::String}, 2, setOptionFn,
+             {.signature = "SetOption(name, value)",
+              .summary = "Sets a host option, as --option does.",
+              .returns = "the value it had, a string",
+              .notes = "A value that does not suit the option fails (\"Option 'InterpPts' needs an integer, not "
+                       "'1.5'\").",
+              .example = "SetOption('InterpPts', 4096); SetOption('InterpPts', 1024)"}).outsideSafeMode(),
+    FuncInfo("SetSetting", {arg::String, arg::String}, 2, setSetting,
+             {.signature = "SetSetting(key, value)",
+              .summary = "Stores a per-user setting.",
+              .returns = "1 when the settings file changed, else 0",
+              .notes = "See GetSetting.",
+              .example = "SetEnv('XDG_CONFIG_HOME', CurrentDirectory()); SetSetting('Plot/colour', 'blue'); "
+                         "ReadFile('wavex/settings.ini')"}).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -314,17 +314,12 @@ FUNC_ERROR mapArray(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------------
 
-constexpr int kStr2[] = {ARG_STRING, ARG_STRING};
-constexpr int kStr3[] = {ARG_STRING, ARG_STRING, ARG_STRING};
-constexpr int kAnyStr[] = {ARG_ANY, ARG_STRING};
-constexpr int kAnyReal[] = {ARG_ANY, ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"Sort", kStr2, 1, 2, sort},
-    {"SortIdx", kAnyStr, 1, 2, sortIdx<true>},
-    {"SortIdx2", kAnyStr, 1, 2, sortIdx<false>},
-    {"Search", kStr3, 2, 3, search},
-    {"MapArray", kAnyReal, 2, 2, mapArray},
+constexpr FuncInfo kFunctions[] = {
+    {"Sort", {arg::String, arg::String}, 1, sort},
+    {"SortIdx", {arg::Any, arg::String}, 1, sortIdx<true>},
+    {"SortIdx2", {arg::Any, arg::String}, 1, sortIdx<false>},
+    {"Search", {arg::String, arg::String, arg::String}, 2, search},
+    {"MapArray", {arg::Any, arg::Real}, 2, mapArray},
 };
 
 const FuncFamily family(kFunctions);

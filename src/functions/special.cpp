@@ -510,18 +510,15 @@ FUNC_ERROR pairHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------
 
-constexpr int kNumeric[] = {ARG_NUMERIC, ARG_NUMERIC};
-constexpr int kEach[] = {MULTI_EACH, MULTI_EACH};
-
-const FuncInfo kFunctions[] = {
+constexpr FuncInfo kFunctions[] = {
     // name, argument types, min, max, handler, per-division flags, options
-    {"lgamma", kNumeric, 1, 1, singleHandler<Single::LnGamma>, kEach, kPointwise},
-    {"gamma", kNumeric, 1, 1, singleHandler<Single::Gamma>, kEach, kPointwise},
-    {"erf", kNumeric, 1, 1, singleHandler<Single::Erf>, kEach, kPointwise},
-    {"erfc", kNumeric, 1, 1, singleHandler<Single::Erfc>, kEach, kPointwise},
-    {"gammp", kNumeric, 2, 2, pairHandler<Pair::Gammp>, kEach, kPointwise},
-    {"gammq", kNumeric, 2, 2, pairHandler<Pair::Gammq>, kEach, kPointwise},
-    {"chisquare", kNumeric, 2, 2, pairHandler<Pair::ChiSquare>, kEach, kPointwise},
+    {"lgamma", {arg::Numeric.each()}, 1, singleHandler<Single::LnGamma>, kPointwise},
+    {"gamma", {arg::Numeric.each()}, 1, singleHandler<Single::Gamma>, kPointwise},
+    {"erf", {arg::Numeric.each()}, 1, singleHandler<Single::Erf>, kPointwise},
+    {"erfc", {arg::Numeric.each()}, 1, singleHandler<Single::Erfc>, kPointwise},
+    {"gammp", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammp>, kPointwise},
+    {"gammq", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammq>, kPointwise},
+    {"chisquare", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::ChiSquare>, kPointwise},
 };
 
 const FuncFamily family(kFunctions);

@@ -132,11 +132,9 @@ FUNC_ERROR pathEqual(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ----------------------------------------------------------------------------
 
-constexpr int kTwoStrings[] = {ARG_STRING, ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"_Concat", kTwoStrings, 2, 2, concat},
-    {"PathEqual", kTwoStrings, 2, 2, pathEqual},
+constexpr FuncInfo kFunctions[] = {
+    {"_Concat", {arg::String, arg::String}, 2, concat},
+    {"PathEqual", {arg::String, arg::String}, 2, pathEqual},
 };
 
 const FuncFamily family(kFunctions);

@@ -58,7 +58,6 @@ int64_t integerArg(const FuncArgs& args, int i, int64_t absent) {
 
 // ---- Results -------------------------------------------------------------------------------------
 
-
 FUNC_ERROR stringList(FuncResult* result, std::span<const std::string_view> items) {
     if (!result->makeStrings(static_cast<int64_t>(items.size()))) return FUNC_FAILED;
     StrElem* out = result->stringData();
@@ -440,59 +439,39 @@ FUNC_ERROR getGUID(WAVEX_HANDLER_PARAMS) { return result->makeString(sp_GetGUID(
 
 // ---- Registration --------------------------------------------------------------------------------
 
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kStr2[] = {ARG_STRING, ARG_STRING};
-constexpr int kStr3[] = {ARG_STRING, ARG_STRING, ARG_STRING};
-constexpr int kStr4[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-constexpr int kNumeric[] = {ARG_NUMERIC};
-constexpr int kReal[] = {ARG_REAL};
-constexpr int kStrReal[] = {ARG_STRING, ARG_REAL};
-constexpr int kStrRealReal[] = {ARG_STRING, ARG_REAL, ARG_REAL};
-constexpr int kStrStrReal[] = {ARG_STRING, ARG_STRING, ARG_REAL};
-constexpr int kRealStr[] = {ARG_REAL, ARG_STRING};
-constexpr int kAny2[] = {ARG_ANY, ARG_ANY};
-
-const FuncInfo kFunctions[] = {
-    {"Str", kStr, 1, 1, str},
-    {"Val", kNumeric, 1, 1, val},
-    {"Ascii", kStr, 1, 1, ascii},
-    {"Chr", kReal, 1, 1, chr},
-    {"Char", kStrReal, 2, 2, charAt},
-    {"Mid", kStrRealReal, 2, 3, mid},
-    {"StringLength", kStr, 1, 1, stringLength},
-    {"ToLower", kStr, 1, 1, transform<TextOp::Lower>},
-    {"ToUpper", kStr, 1, 1, transform<TextOp::Upper>},
-    {"StrStr", kStrStrReal, 2, 3, strStr},
-    {"CountChars", kStr2, 2, 2, countChars},
-    {"StringStartsWith", kStr2, 2, 2, startsWith},
-    {"SubstChar", kStr3, 3, 3, substChar},
-    {"SubstString", kStr4, 3, 4, substString},
-    {"Scan", kStrStrReal, 1, 3, scan},
-    {"Parse", kStr3, 1, 3, parse},
-    {"MakeString", kRealStr, 1, 2, makeString},
-    {"_NullString", kReal, 1, 1, nullString},
-    {"JoinStringArray", kStr2, 2, 2, joinStringArray, kWholeArgument},
-    {"JoinVectors", kAny2, 2, 2, joinVectors, kWholeArgument},
-    {"MkVec", kStr, 1, 1, transform<TextOp::MkVec>},
-    {"EscapeString", kStr2, 1, 2, transform<TextOp::Escape>},
-    {"EscapeStringEncode", kStr2, 1, 2, transform<TextOp::Encode>},
-    {"RegExp", kStr2, 2, 2, regExp},
-    {"Hash", kStr, 1, 1, transform<TextOp::Hash>},
-    {"GetMD5", kStr, 1, 1, getMD5},
-    {"GetMD5String", kStr, 1, 1, transform<TextOp::MD5>},
-    {"GetGUID", nullptr, 0, 0, getGUID},
+constexpr FuncInfo kFunctions[] = {
+    {"Str", {arg::String.orKinds(VD_REAL, VD_COMPLEX)}, 1, str},  // numbers as text
+    {"Val", {arg::Numeric.orKinds(VD_STRING)}, 1, val},  // text as numbers
+    {"Ascii", {arg::String}, 1, ascii},
+    {"Chr", {arg::Real}, 1, chr},
+    {"Char", {arg::String, arg::Real}, 2, charAt},
+    {"Mid", {arg::String, arg::Real, arg::Real}, 2, mid},
+    {"StringLength", {arg::String}, 1, stringLength},
+    {"ToLower", {arg::String}, 1, transform<TextOp::Lower>},
+    {"ToUpper", {arg::String}, 1, transform<TextOp::Upper>},
+    {"StrStr", {arg::String, arg::String, arg::Real}, 2, strStr},
+    {"CountChars", {arg::String, arg::String}, 2, countChars},
+    {"StringStartsWith", {arg::String, arg::String}, 2, startsWith},
+    {"SubstChar", {arg::String, arg::String, arg::String}, 3, substChar},
+    {"SubstString", {arg::String, arg::String, arg::String, arg::String}, 3, substString},
+    {"Scan", {arg::String, arg::String, arg::Real}, 1, scan},
+    {"Parse", {arg::String, arg::String, arg::String}, 1, parse},
+    {"MakeString", {arg::Real, arg::String}, 1, makeString},
+    {"_NullString", {arg::Real}, 1, nullString},
+    {"JoinStringArray", {arg::String, arg::String}, 2, joinStringArray, kWholeArgument},
+    {"JoinVectors", {arg::Any, arg::Any}, 2, joinVectors, kWholeArgument},
+    {"MkVec", {arg::String}, 1, transform<TextOp::MkVec>},
+    {"EscapeString", {arg::String, arg::String}, 1, transform<TextOp::Escape>},
+    {"EscapeStringEncode", {arg::String, arg::String}, 1, transform<TextOp::Encode>},
+    {"RegExp", {arg::String, arg::String}, 2, regExp},
+    {"Hash", {arg::String}, 1, transform<TextOp::Hash>},
+    {"GetMD5", {arg::String}, 1, getMD5},
+    {"GetMD5String", {arg::String}, 1, transform<TextOp::MD5>},
+    {"GetGUID", {}, 0, getGUID},
 };
 
 const FuncFamily family(kFunctions);
 const FuncAlias cvUUID("GetGUID", "CvUUID");
-
-// Str writes numbers as text and Val reads text as numbers: each takes the other kind too.
-const struct AcceptConversions {
-    AcceptConversions() {
-        functionTable().acceptKinds("Str", 0, 1u << VD_REAL | 1u << VD_COMPLEX);
-        functionTable().acceptKinds("Val", 0, 1u << VD_STRING);
-    }
-} acceptConversions;
 
 }  // namespace
 }  // namespace wavex

@@ -184,14 +184,11 @@ FUNC_ERROR parseBRENNICInit(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration --------------------------------------------------------------------------------
 
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kReal[] = {ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"ParseLaplace", kStr, 1, 1, parseLaplaceFn},
-    {"CheckLaplaceExpression", kStr, 1, 1, checkLaplaceExpression},
-    {"GetLaplaceErrorMessage", kReal, 1, 1, getLaplaceErrorMessage},
-    {"ParseBRENNICInit", kStr, 1, 1, parseBRENNICInit},
+constexpr FuncInfo kFunctions[] = {
+    {"ParseLaplace", {arg::String}, 1, parseLaplaceFn},
+    {"CheckLaplaceExpression", {arg::String}, 1, checkLaplaceExpression},
+    {"GetLaplaceErrorMessage", {arg::Real}, 1, getLaplaceErrorMessage},
+    {"ParseBRENNICInit", {arg::String}, 1, parseBRENNICInit},
 };
 
 const FuncFamily family(kFunctions);

@@ -244,129 +244,111 @@ FUNC_ERROR testAccessViolation(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-// Reference entries of the rows below, ready to join them when the rows carry one:
-//   GetEnv:
-//     .signature = "GetEnv(name [, default])"
-//     .summary = "An environment variable."
-//     .returns = "its value, or default (\"\") when it is not set"
-//     .notes = "A name that is empty or holds '=' fails."
-//     .example = "GetEnv('WAVEX_UNSET_VARIABLE', 'default')"
-//   GetEthernetAddresses:
-//     .signature = "GetEthernetAddresses([firstFlag])"
-//     .summary = "The hardware addresses of the network interfaces."
-//     .returns = "strings such as \"02:42:ac:11:00:02\" in the system's interface order, each once"
-//     .notes = "Loopback and all-zero addresses are left out; a non-zero firstFlag gives only the first."
-//     .example = "length(GetEthernetAddresses(1)) <= 1"
-//   HostName:
-//     .signature = "HostName()"
-//     .summary = "The name of the machine."
-//     .returns = "a string"
-//     .example = "length(HostName()) > 0"
-//   InputBox:
-//     .signature = "InputBox(prompt [, default])"
-//     .summary = "Asks for a line of text."
-//     .returns = "the line typed, or default (\"\") for an empty line"
-//     .notes = "At a terminal the prompt goes to standard error and the line is read from standard input; without a terminal, at the end of input, or with the option DialogsAtTerminal 0, the default comes back at once."
-//     .example = "SetOption('DialogsAtTerminal', 0); InputBox('Corner?', 'tt'); SetOption('DialogsAtTerminal', 1)"
-//   MessageBox:
-//     .signature = "MessageBox(text [, title])"
-//     .summary = "Shows a message."
-//     .returns = "1"
-//     .notes = "At a terminal \"title: text\" goes to standard error; otherwise (or with the option DialogsAtTerminal 0) nothing is shown."
-//     .example = "MessageBox('Run finished', 'wavex')"
-//   Now:
-//     .signature = "Now()"
-//     .summary = "The current time."
-//     .returns = "seconds since 1970-01-01 UTC with their fraction, in s"
-//     .example = "Now() > ConvertIsoTimeToUnix('2020-01-01')"
-//   NumberOfProcessors:
-//     .signature = "NumberOfProcessors()"
-//     .summary = "Processors online."
-//     .returns = "a number"
-//     .example = "NumberOfProcessors() >= 1"
-//   PhysicalMemory:
-//     .signature = "PhysicalMemory()"
-//     .summary = "Memory installed."
-//     .returns = "bytes, a number"
-//     .example = "PhysicalMemory() > 1meg"
-//   ProcessId:
-//     .signature = "ProcessId()"
-//     .summary = "This process's id."
-//     .returns = "a number"
-//     .example = "ProcessId() > 0"
-//   SetEnv:
-//     .signature = "SetEnv(name [, value])"
-//     .summary = "Sets or, without a value, removes an environment variable."
-//     .returns = "1"
-//     .notes = "The change holds for this process and the commands it runs. A name that is empty or holds '=' fails. Refused in safe mode."
-//     .example = "SetEnv('RUN_NAME', 'corner1'); GetEnv('RUN_NAME'); SetEnv('RUN_NAME')"
-//   Shell:
-//     .signature = "Shell(command)"
-//     .summary = "Runs a command with /bin/sh."
-//     .returns = "strings: the exit status (128 + the signal for a killed command), then the lines the command wrote"
-//     .notes = "Standard input is empty; standard error passes through. Refused in safe mode."
-//     .example = "Shell('echo one; echo two; exit 3')"
-//   Sleep:
-//     .signature = "Sleep(seconds)"
-//     .summary = "Waits."
-//     .returns = "the seconds waited, in s"
-//     .notes = "0 to 86400 seconds."
-//     .example = "Sleep(0.01)"
-//   UserName:
-//     .signature = "UserName()"
-//     .summary = "The name of the user running wavex."
-//     .returns = "a string"
-//     .example = "length(UserName()) > 0"
-//   Version:
-//     .signature = "Version()"
-//     .summary = "wavex's name and version."
-//     .returns = "a string"
-//     .example = "Version()"
-//   _GetAvailableStack:
-//     .signature = "_GetAvailableStack()"
-//     .summary = "Stack left to the caller, for diagnostics."
-//     .returns = "bytes, a number"
-//     .example = "_GetAvailableStack() > 4096"
-//   _GetEnvironment:
-//     .signature = "_GetEnvironment()"
-//     .summary = "Every environment variable, for diagnostics."
-//     .returns = "strings NAME=VALUE, sorted"
-//     .example = "length(_GetEnvironment()) > 0"
-//   _ListDynamicFunctions:
-//     .signature = "_ListDynamicFunctions()"
-//     .summary = "The late-bound host entry points, for diagnostics."
-//     .returns = "strings \"NAME bound\" or \"NAME unbound\", sorted by name"
-//     .example = "_ListDynamicFunctions()"
-//   _TestAccessViolation:
-//     .signature = "_TestAccessViolation()"
-//     .summary = "Raises the host's access-violation exception, to test how it is reported."
-//     .returns = "nothing: the call fails with \"*** FATAL ERROR *** Access violation in function '_TestAccessViolation'\" and the program carries on"
-//     .example = "ResolveTemplate('{_TestAccessViolation()}', [''], [''], 'reported')"
-
-
-constexpr int kStr[] = {ARG_STRING};
-constexpr int kStr2[] = {ARG_STRING, ARG_STRING};
-constexpr int kReal[] = {ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"GetEnv", kStr2, 1, 2, getEnv},
-    {"GetEthernetAddresses", kReal, 0, 1, getEthernetAddresses, kFirstFlag},
-    {"HostName", nullptr, 0, 0, hostName},
-    {"InputBox", kStr2, 1, 2, inputBox},
-    {"MessageBox", kStr2, 1, 2, messageBox},
-    {"Now", nullptr, 0, 0, now},
-    {"NumberOfProcessors", nullptr, 0, 0, numberOfProcessors},
-    {"PhysicalMemory", nullptr, 0, 0, physicalMemory},
-    {"ProcessId", nullptr, 0, 0, processId},
-    unsafe({"SetEnv", kStr2, 1, 2, setEnv}),
-    unsafe({"Shell", kStr, 1, 1, shell}),
-    {"Sleep", kReal, 1, 1, sleepFn},
-    {"UserName", nullptr, 0, 0, userName},
-    {"Version", nullptr, 0, 0, version},
-    {"_GetAvailableStack", nullptr, 0, 0, getAvailableStack},
-    {"_GetEnvironment", nullptr, 0, 0, getEnvironment},
-    {"_ListDynamicFunctions", nullptr, 0, 0, listDynamicFunctions},
-    {"_TestAccessViolation", nullptr, 0, 0, testAccessViolation},
+constexpr FuncInfo kFunctions[] = {
+    {"GetEnv", {arg::String, arg::String}, 1, getEnv,
+     {.signature = "GetEnv(name [, default])",
+      .summary = "An environment variable.",
+      .returns = "its value, or default (\"\") when it is not set",
+      .notes = "A name that is empty or holds '=' fails.",
+      .example = "GetEnv('WAVEX_UNSET_VARIABLE', 'default')"}},
+    {"GetEthernetAddresses", {arg::Real}, 0, getEthernetAddresses, kFirstFlag,
+     {.signature = "GetEthernetAddresses([firstFlag])",
+      .summary = "The hardware addresses of the network interfaces.",
+      .returns = "strings such as \"02:42:ac:11:00:02\" in the system's interface order, each once",
+      .notes = "Loopback and all-zero addresses are left out; a non-zero firstFlag gives only the first.",
+      .example = "length(GetEthernetAddresses(1)) <= 1"}},
+    {"HostName", {}, 0, hostName,
+     {.signature = "HostName()",
+      .summary = "The name of the machine.",
+      .returns = "a string",
+      .example = "length(HostName()) > 0"}},
+    {"InputBox", {arg::String, arg::String}, 1, inputBox,
+     {.signature = "InputBox(prompt [, default])",
+      .summary = "Asks for a line of text.",
+      .returns = "the line typed, or default (\"\") for an empty line",
+      .notes = "At a terminal the prompt goes to standard error and the line is read from standard "
+               "input; without a terminal, at the end of input, or with the option DialogsAtTerminal 0, "
+               "the default comes back at once.",
+      .example = "SetOption('DialogsAtTerminal', 0); InputBox('Corner?', 'tt'); "
+                 "SetOption('DialogsAtTerminal', 1)"}},
+    {"MessageBox", {arg::String, arg::String}, 1, messageBox,
+     {.signature = "MessageBox(text [, title])",
+      .summary = "Shows a message.",
+      .returns = "1",
+      .notes = "At a terminal \"title: text\" goes to standard error; otherwise (or with the option "
+               "DialogsAtTerminal 0) nothing is shown.",
+      .example = "MessageBox('Run finished', 'wavex')"}},
+    {"Now", {}, 0, now,
+     {.signature = "Now()",
+      .summary = "The current time.",
+      .returns = "seconds since 1970-01-01 UTC with their fraction, in s",
+      .example = "Now() > ConvertIsoTimeToUnix('2020-01-01')"}},
+    {"NumberOfProcessors", {}, 0, numberOfProcessors,
+     {.signature = "NumberOfProcessors()",
+      .summary = "Processors online.",
+      .returns = "a number",
+      .example = "NumberOfProcessors() >= 1"}},
+    {"PhysicalMemory", {}, 0, physicalMemory,
+     {.signature = "PhysicalMemory()",
+      .summary = "Memory installed.",
+      .returns = "bytes, a number",
+      .example = "PhysicalMemory() > 1meg"}},
+    {"ProcessId", {}, 0, processId,
+     {.signature = "ProcessId()",
+      .summary = "This process's id.",
+      .returns = "a number",
+      .example = "ProcessId() > 0"}},
+    FuncInfo("SetEnv", {arg::String, arg::String}, 1, setEnv,
+             {.signature = "SetEnv(name [, value])",
+              .summary = "Sets or, without a value, removes an environment variable.",
+              .returns = "1",
+              .notes = "The change holds for this process and the commands it runs. A name that is empty or "
+                       "holds '=' fails.",
+              .example = "SetEnv('RUN_NAME', 'corner1'); GetEnv('RUN_NAME'); SetEnv('RUN_NAME')"}).outsideSafeMode(),
+    FuncInfo("Shell", {arg::String}, 1, shell,
+             {.signature = "Shell(command)",
+              .summary = "Runs a command with /bin/sh.",
+              .returns = "strings: the exit status (128 + the signal for a killed command), then the lines the "
+                         "command wrote",
+              .notes = "Standard input is empty; standard error passes through.",
+              .example = "Shell('echo one; echo two; exit 3')"}).outsideSafeMode(),
+    {"Sleep", {arg::Real}, 1, sleepFn,
+     {.signature = "Sleep(seconds)",
+      .summary = "Waits.",
+      .returns = "the seconds waited, in s",
+      .notes = "0 to 86400 seconds.",
+      .example = "Sleep(0.01)"}},
+    {"UserName", {}, 0, userName,
+     {.signature = "UserName()",
+      .summary = "The name of the user running wavex.",
+      .returns = "a string",
+      .example = "length(UserName()) > 0"}},
+    {"Version", {}, 0, version,
+     {.signature = "Version()",
+      .summary = "wavex's name and version.",
+      .returns = "a string",
+      .example = "Version()"}},
+    {"_GetAvailableStack", {}, 0, getAvailableStack,
+     {.signature = "_GetAvailableStack()",
+      .summary = "Stack left to the caller, for diagnostics.",
+      .returns = "bytes, a number",
+      .example = "_GetAvailableStack() > 4096"}},
+    {"_GetEnvironment", {}, 0, getEnvironment,
+     {.signature = "_GetEnvironment()",
+      .summary = "Every environment variable, for diagnostics.",
+      .returns = "strings NAME=VALUE, sorted",
+      .example = "length(_GetEnvironment()) > 0"}},
+    {"_ListDynamicFunctions", {}, 0, listDynamicFunctions,
+     {.signature = "_ListDynamicFunctions()",
+      .summary = "The late-bound host entry points, for diagnostics.",
+      .returns = "strings \"NAME bound\" or \"NAME unbound\", sorted by name",
+      .example = "_ListDynamicFunctions()"}},
+    {"_TestAccessViolation", {}, 0, testAccessViolation,
+     {.signature = "_TestAccessViolation()",
+      .summary = "Raises the host's access-violation exception, to test how it is reported.",
+      .returns = "nothing: the call fails with \"*** FATAL ERROR *** Access violation in function "
+                 "'_TestAccessViolation'\" and the program carries on",
+      .example = "ResolveTemplate('{_TestAccessViolation()}', [''], [''], 'reported')"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -154,13 +154,11 @@ FUNC_ERROR substProbeExpression(WAVEX_HANDLER_PARAMS) {
     return stringsResult(result, {vec_SubstituteExpression(std::string(args.string(0)), &map)});
 }
 
-constexpr int kTemplateArgs[] = {ARG_STRING, ARG_STRING, ARG_STRING, ARG_STRING};
-
-const FuncInfo kTemplateFunctions[] = {
-    FuncInfo("ParseProbeExpression", kTemplateArgs, 1, 1, parseProbeExpression),
-    FuncInfo("ResolveTemplate", kTemplateArgs, 3, 4, resolveTemplate),
-    FuncInfo("SubstProbeExpression", kTemplateArgs, 3, 3, substProbeExpression),
-    FuncInfo("rt", kTemplateArgs, 3, 4, resolveTemplate),
+constexpr FuncInfo kTemplateFunctions[] = {
+    {"ParseProbeExpression", {arg::String}, 1, parseProbeExpression},
+    {"ResolveTemplate", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate},
+    {"SubstProbeExpression", {arg::String, arg::String, arg::String}, 3, substProbeExpression},
+    {"rt", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate},
 };
 const FuncFamily templateFamily(kTemplateFunctions);
 

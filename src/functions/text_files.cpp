@@ -80,11 +80,9 @@ FUNC_ERROR linesHandler(WAVEX_HANDLER_PARAMS) {
 
 // ---- Registration ------------------------------------------------------------------------------
 
-constexpr int kString[] = {ARG_STRING};
-
-const FuncInfo kFunctions[] = {
-    {"ReadFile", kString, 1, 1, linesHandler<Lines::Physical>},
-    {"ReadSpiceFile", kString, 1, 1, linesHandler<Lines::Logical>},
+constexpr FuncInfo kFunctions[] = {
+    {"ReadFile", {arg::String}, 1, linesHandler<Lines::Physical>},
+    {"ReadSpiceFile", {arg::String}, 1, linesHandler<Lines::Logical>},
 };
 
 const FuncFamily family(kFunctions);

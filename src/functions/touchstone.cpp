@@ -137,17 +137,12 @@ FUNC_ERROR deleteTouchstone(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-constexpr int kFileAndPorts[] = {ARG_STRING, ARG_REAL};
-constexpr int kHandleRowColumn[] = {ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kFilePortsIndex[] = {ARG_STRING, ARG_REAL, ARG_REAL};
-constexpr int kHandle[] = {ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"DeleteTouchstone", kHandle, 1, 1, deleteTouchstone},
-    {"GetTouchstoneErrors", kHandle, 1, 1, getTouchstoneErrors},
-    {"LoadTouchstone", kFileAndPorts, 2, 2, loadTouchstone},
-    {"ParseTouchstone", kFilePortsIndex, 3, 3, parseTouchstone},
-    {"ReadTouchstone", kHandleRowColumn, 3, 3, readTouchstone},
+constexpr FuncInfo kFunctions[] = {
+    {"DeleteTouchstone", {arg::Real}, 1, deleteTouchstone},
+    {"GetTouchstoneErrors", {arg::Real}, 1, getTouchstoneErrors},
+    {"LoadTouchstone", {arg::String, arg::Real}, 2, loadTouchstone},
+    {"ParseTouchstone", {arg::String, arg::Real, arg::Real}, 3, parseTouchstone},
+    {"ReadTouchstone", {arg::Real, arg::Real, arg::Real}, 3, readTouchstone},
 };
 
 const FuncFamily family(kFunctions);

@@ -169,16 +169,11 @@ FUNC_ERROR wavCloseFile(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-constexpr int kOpenArgs[] = {ARG_STRING, ARG_REAL};
-constexpr int kReadArgs[] = {ARG_REAL, ARG_REAL};
-constexpr int kWriteArgs[] = {ARG_STRING, ARG_REAL, ARG_REAL, ARG_REAL};
-constexpr int kCloseArgs[] = {ARG_REAL};
-
-const FuncInfo kFunctions[] = {
-    {"WAV_CloseFile", kCloseArgs, 1, 1, wavCloseFile},
-    {"WAV_OpenFile", kOpenArgs, 1, 2, wavOpenFile},
-    {"WAV_ReadData", kReadArgs, 2, 2, wavReadData},
-    unsafe({"WAV_WriteFile", kWriteArgs, 3, 4, wavWriteFile}),
+constexpr FuncInfo kFunctions[] = {
+    {"WAV_CloseFile", {arg::Real}, 1, wavCloseFile},
+    {"WAV_OpenFile", {arg::String, arg::Real}, 1, wavOpenFile},
+    {"WAV_ReadData", {arg::Real, arg::Real}, 2, wavReadData},
+    FuncInfo("WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -76,29 +76,22 @@ FUNC_ERROR copyWhole(WAVEX_HANDLER_PARAMS) {
     return FUNC_OK;
 }
 
-constexpr int kNum[] = {ARG_NUMERIC, ARG_NUMERIC};
-constexpr int kReal[] = {ARG_REAL, ARG_REAL};
-constexpr int kString[] = {ARG_STRING};
-constexpr int kEach[] = {MULTI_EACH, MULTI_EACH};
-constexpr int kAll[] = {MULTI_ALL};
-constexpr int kJoined[] = {MULTI_JOINED};
-constexpr int kEachThenNone[] = {MULTI_EACH, MULTI_NONE};
-
 constexpr int kFirstTwoLine = __LINE__ + 9;
-const FuncInfo kTestFunctions[] = {
-    FuncInfo("_TestShapeEach", kNum, 1, 1, seeShape, kEach),
-    FuncInfo("_TestShapeAll", kNum, 1, 1, seeShape, kAll),
-    FuncInfo("_TestShapeJoined", kNum, 1, 1, seeShape, kJoined),
-    FuncInfo("_TestShapeWhole", kNum, 1, 1, seeShape),
-    FuncInfo("_TestAddPairs", kReal, 2, 2, addPairs, kEach, kPointwise),
-    FuncInfo("_TestAddFixed", kReal, 2, 2, addPairs, kEachThenNone),
-    FuncInfo("_TestFirstValue", kReal, 1, 1, firstValue, kEach),
-    FuncInfo("_TestFirstTwo", kReal, 1, 1, firstTwo, kEach),  // kFirstTwoLine
-    FuncInfo("_TestFailLoudly", kNum, 0, 2, failLoudly),
-    FuncInfo("_TestFailQuietly", kNum, 0, 0, failQuietly),
-    FuncInfo("_TestWarn", kNum, 0, 0, warnButSucceed),
-    FuncInfo("_TestCopyWhole", kReal, 1, 1, copyWhole),
-    FuncInfo("_TestString", kString, 1, 1, seeShape),
+constexpr FuncInfo kTestFunctions[] = {
+    {"_TestShapeEach", {arg::Numeric.each()}, 1, seeShape},
+    {"_TestShapeAll", {arg::Numeric.all()}, 1, seeShape},
+    {"_TestShapeJoined", {arg::Numeric.joined()}, 1, seeShape},
+    {"_TestShapeWhole", {arg::Numeric}, 1, seeShape},
+    {"_TestAddPairs", {arg::Real.each(), arg::Real.each()}, 2, addPairs, kPointwise},
+    {"_TestAddFixed", {arg::Real.each(), arg::Real}, 2, addPairs},
+    {"_TestFirstValue", {arg::Real.each()}, 1, firstValue},
+    FuncInfo("_TestFirstTwo", {arg::Real.each()}, 1, firstTwo),  // kFirstTwoLine
+    {"_TestFailLoudly", {arg::Numeric, arg::Numeric}, 0, failLoudly},
+    {"_TestFailQuietly", {}, 0, failQuietly},
+    {"_TestWarn", {}, 0, warnButSucceed},
+    {"_TestCopyWhole", {arg::Real}, 1, copyWhole},
+    {"_TestString", {arg::String}, 1, seeShape},
+    {"_TestShapeOrText", {arg::Numeric.orKinds(VD_STRING)}, 1, seeShape},
 };
 const FuncFamily testFamily(kTestFunctions);
 const FuncAlias testAlias("_TestShapeEach", "_TestShapeAlias");
@@ -135,8 +128,7 @@ TEST_F(Framework, LookupIgnoresCaseAndRecordsTheSourceLocation) {
 }
 
 TEST_F(Framework, RegistrationEndsWithItsObject) {
-    static const int args[] = {ARG_ANY};
-    static const FuncInfo scoped("_TestScoped", args, 0, 1, failQuietly);
+    static const FuncInfo scoped("_TestScoped", {arg::Any}, 0, failQuietly);
     {
         FuncDef def(scoped);
         FuncAlias alias("_TestScoped", "_TestScopedAlias");
@@ -173,8 +165,7 @@ TEST_F(Framework, HostChecksCountsAndKinds) {
 }
 
 TEST_F(Framework, HostLetsThroughKindsAFunctionDeclaresItReads) {
-    functionTable().acceptKinds("_TestShapeWhole", 0, 1u << VD_STRING);
-    VectorPtr r = wx("_TestShapeWhole(['a', 'b'])");
+    VectorPtr r = wx("_TestShapeOrText(['a', 'b'])");
     ASSERT_NE(r, nullptr) << wx.messages();
     EXPECT_EQ(reals(r), (std::vector<double>{2, 1, 2}));
 }
