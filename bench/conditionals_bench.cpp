@@ -1,6 +1,7 @@
 // User hash tables, templates, probe expressions and the conditional functions, called as the
 // host calls them.
 #include "bench_util.hpp"
+#include "wavex/interpreter_scope.hpp"
 #include "wavex/wavex.hpp"
 
 #include <benchmark/benchmark.h>
@@ -70,6 +71,7 @@ void BM_ParseProbeExpression(benchmark::State& state) {
     VectorPtr expression = makeStringVector({text});
     auto sink = std::make_shared<CollectingMessageHandler>();
     Interpreter wx(sink);  // the rewriter is the interpreter's
+    InterpreterScope scope(&wx);
     callFunctionLoop(state, "ParseProbeExpression", {expression});
 }
 BENCHMARK(BM_ParseProbeExpression)->Arg(2'500)->Arg(10'000)->Unit(benchmark::kMillisecond);

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Builds and runs the whole test suite: a release build, then a build under AddressSanitizer and
-# UndefinedBehaviorSanitizer, then each fuzz target for a short run.
+# UndefinedBehaviorSanitizer, the tests of interpreters on several threads under ThreadSanitizer,
+# then each fuzz target for a short run.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -17,6 +18,11 @@ cmake -S . -B build-asan -G Ninja -DWAVEX_TESTS=ON -DWAVEX_SANITIZE=ON -DCMAKE_B
 ninja -C build-asan -j$jobs
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build-asan -j$jobs --output-on-failure --timeout 600
+
+echo "== thread sanitizer: interpreters on several threads"
+cmake -S . -B build-tsan -G Ninja -DWAVEX_TESTS=ON -DWAVEX_TSAN=ON -DCMAKE_BUILD_TYPE=Debug >/dev/null
+ninja -C build-tsan -j$jobs wavex_tests
+TSAN_OPTIONS=halt_on_error=1 build-tsan/wavex_tests --gtest_filter='Interpreter*'
 
 echo "== fuzzing, ${fuzz_seconds}s per target"
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DWAVEX_FUZZ=ON -DWAVEX_TESTS=OFF \

@@ -184,14 +184,19 @@ struct FuncInfo {
 private:
 };
 
-// True when a family's table has one row per operation, row i holding operation i: the check
-// `static_assert(rowsInOrder(kOperations, &Operation::op))` for operation codes 0 .. Code::Count - 1.
-template <class Row, size_t N, class Code>
-consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code) {
+// True when a family's table has one row per operation, row i holding operation i, and every row
+// passes `complete` (its kernel is set, say): `static_assert(rowsInOrder(kOperations, &Operation::op))`
+// for operation codes 0 .. Code::Count - 1.
+template <class Row, size_t N, class Code, class Complete>
+consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code, Complete complete) {
     if (N != static_cast<size_t>(Code::Count)) return false;
     for (size_t i = 0; i < N; ++i)
-        if (static_cast<size_t>(table[i].*code) != i) return false;
+        if (static_cast<size_t>(table[i].*code) != i || !complete(table[i])) return false;
     return true;
+}
+template <class Row, size_t N, class Code>
+consteval bool rowsInOrder(const Row (&table)[N], Code Row::*code) {
+    return rowsInOrder(table, code, [](const Row&) { return true; });
 }
 
 // Where a function is defined: for the host's diagnostics.
@@ -284,18 +289,28 @@ public:
 
     // Conveniences for handlers.
     const VectorPtr& vector(int i) const { return *views_[i].owner; }
-    // Element k of a string argument ("" for a null or missing element).
+    // Whether the call has argument i (an optional argument was given).
+    bool has(int i) const { return i < count(); }
+    // Element k of a string argument ("" for a null or missing element, or an absent argument).
     std::string_view string(int i, size_t k = 0) const;
     // The first value of a numeric argument (real part of a complex one); NaN when empty.
     double scalar(int i) const;
     // The same for an optional argument: nothing when the call has no argument i.
     std::optional<double> optionalScalar(int i) const;
+    // The first value of argument i as an integer, by the one rule of wholeNumber (truncated toward
+    // zero, saturated to the 64-bit range); nothing when the argument is absent, empty or NaN, so
+    // that the caller says what a missing integer means: `args.integer(2).value_or(0)`.
+    std::optional<int64_t> integer(int i) const;
     // The x-values of argument i as reals: its real reference itself, or the real parts of a
     // complex one (frequencies kept as complex numbers) copied into `scratch`; null when it has no
     // reference.
     const double* realRefData(int i, std::vector<double>& scratch) const;
     // What a function that needs x-values says of argument %d (from 1) of function '%s' without.
     static constexpr const char* kNoReferenceMessage = "Argument %d in function '%s' has no reference (xvalues)";
+    // realRefData for a function that needs x-values: without them, reports kNoReferenceMessage
+    // and gives null.
+    const double* neededRefData(int i, std::vector<double>& scratch, const FuncInfo& info,
+                                MessageHandler& messages) const;
 
     // Host side: how the argument is seen by this call.
     struct View {

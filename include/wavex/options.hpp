@@ -16,7 +16,7 @@ enum class OptionKind { Text, Integer, Real };
 
 // Declares an option with its default at load time. The three forms differ by the type of the
 // default: text, 32-bit integer, or string (which takes two further flags). The object holds the
-// option's current value.
+// option's current value, shared by every interpreter and thread (read and set under one lock).
 class MakeOption {
 public:
     MakeOption(const char* file, int line, const std::string& name, const char* defaultText,
@@ -33,14 +33,14 @@ public:
 
     const std::string& name() const { return name_; }
     OptionKind kind() const { return kind_; }
-    const std::string& value() const { return value_; }
+    std::string value() const;
     const std::string& defaultValue() const { return default_; }
     const char* file() const { return file_; }
     int line() const { return line_; }
 
     // Sets the value from text; false (value unchanged) when it does not suit the option's kind.
     bool set(std::string_view text);
-    void reset() { value_ = default_; }
+    void reset();
 
 private:
     void enroll();

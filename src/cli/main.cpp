@@ -24,6 +24,7 @@
 #include "cli/session.hpp"
 
 #include "support/text.hpp"
+#include "wavex/version.hpp"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -56,7 +57,7 @@ int main(int argc, char** argv) {
     std::string script, plotFile, referenceFile;
 
     CLI::App app{"Evaluates waveform expressions over simulation data.", "wavex"};
-    app.set_version_flag("--version", "wavex 0.1.0");
+    app.set_version_flag("--version", wavex::kVersionText);
     auto repeated = [](CLI::Option* o) {
         return o->expected(1)->allow_extra_args(false)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     };

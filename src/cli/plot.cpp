@@ -259,6 +259,181 @@ int plplotFailed(const char* message) {
     return 1;
 }
 
+// What one plot shows: its curves, their axes and titles.
+struct Figure {
+    std::vector<Series> series;
+    PhysType xPhys = units::Unknown;
+    std::string xTitle, yTitle, title;
+    bool allComplex = true;
+    Axis ax, ay;
+};
+
+// The curves of the values (each division its own), with the titles; the reason when the values
+// do not share their kind of x-axis.
+template <class Entries>
+std::string collectCurves(const Entries& values, Figure* f) {
+    const Vector& first = *values.front().value;
+    f->xPhys = first.ref.phys;
+    f->xTitle = (first.ref.name.empty() ? quantity(f->xPhys) : first.ref.name) + unitSuffix(f->xPhys);
+    std::vector<std::string> yTitles;
+    for (const auto& e : values) {
+        const Vector& v = *e.value;
+        if (v.ref.phys != f->xPhys)
+            return "'" + values.front().label + "' is drawn over " + std::string(units::description(f->xPhys)) +
+                   " but '" + e.label + "' over " + std::string(units::description(v.ref.phys)) +
+                   ": draw them on separate plots";
+        f->allComplex = f->allComplex && v.type == VD_COMPLEX;
+        std::string yTitle = (v.type == VD_COMPLEX ? std::string("magnitude") : quantity(v.phys)) + unitSuffix(v.phys);
+        if (std::find(yTitles.begin(), yTitles.end(), yTitle) == yTitles.end()) yTitles.push_back(yTitle);
+        for (size_t k = 0; k < v.numDivisions(); ++k) {
+            const size_t start = v.divisionStart(k);
+            Series s{};
+            s.x = v.ref.real() + start;
+            s.real = v.type == VD_REAL ? v.real.data() + start : nullptr;
+            s.cplx = v.type == VD_COMPLEX ? v.cplx.data() + start : nullptr;
+            s.n = v.divisionLength(k);
+            std::string division = v.label(k).value_or("division " + std::to_string(k + 1));
+            if (values.size() == 1) s.legend = division;
+            else if (v.numDivisions() == 1 && !v.label(0)) s.legend = e.label;
+            else s.legend = e.label + ": " + division;
+            s.colour = kFirstCurve + static_cast<PLINT>(f->series.size() % kCurveColours);
+            f->series.push_back(std::move(s));
+        }
+    }
+    for (const auto& e : values) f->title += (f->title.empty() ? "" : ", ") + e.label;
+    if (f->title.size() > 100) f->title = f->title.substr(0, 97) + "...";
+    for (const std::string& t : yTitles) f->yTitle += (f->yTitle.empty() ? "" : ", ") + t;
+    return "";
+}
+
+// Scales: logarithmic x for a frequency sweep over more than two decades, logarithmic y for
+// magnitudes over more than two decades, unless the options say otherwise; the ranges padded.
+// The reason when nothing can be drawn.
+std::string scaleAxes(const PlotOptions& options, Figure* f) {
+    Range xs, ys;
+    for (const Series& s : f->series)
+        for (size_t i = 0; i < s.n; ++i) {
+            xs.add(s.xAt(i));
+            ys.add(s.yAt(i));
+        }
+    if (xs.empty() || ys.empty()) return "nothing to plot: the values are not finite numbers";
+    Axis &ax = f->ax, &ay = f->ay;
+    ax.log = options.logX || (f->xPhys == units::Frequency && xs.lo > 0 && xs.hi > 100 * xs.lo);
+    ay.log = !options.linY && f->allComplex && ys.lo > 0 && ys.hi > 100 * ys.lo;
+    Range px, py;
+    for (const Series& s : f->series)
+        for (size_t i = 0; i < s.n; ++i) {
+            double x = ax.map(s.xAt(i)), y = ay.map(s.yAt(i));
+            if (std::isnan(x) || std::isnan(y)) continue;
+            px.add(x);
+            py.add(y);
+        }
+    if (px.empty()) return "nothing to plot: no point is positive, as a logarithmic x-axis needs";
+    ax.lo = px.lo, ax.hi = px.hi;
+    ay.lo = py.lo, ay.hi = py.hi;
+    pad(&ax, 0);
+    pad(&ay, 0.05);
+    return "";
+}
+
+// Where things go on the page, in PLplot's page units.
+struct Layout {
+    double ch = 0;                  // character height
+    double pageW = 0, pageH = 0;
+    double left = 0, bottom = 0, viewW = 0, viewH = 0;
+    double yLabelAt = 0;            // y-axis title, in character heights from the frame
+    std::vector<std::string> legendTexts;  // one a row; none for a single curve
+    PLINT legendPosition = 0;
+};
+
+// Margins in character heights; the left one takes the longest y tick label, at about 0.9 of a
+// character height per character (digits and SI prefixes are wide). The legend, when there are
+// several curves, goes in a corner of the plot that no curve passes through, else beside the plot
+// on the right. PLplot draws its text at 0.9 of the character height, two heights a row, each
+// character up to 0.72 of a height wide, after a line sample and margins of about 4.5 heights.
+Layout lay(const Figure& f, TickFormat& format) {
+    Layout l;
+    PLFLT pageX0, pageX1, pageY0, pageY1, defaultHeight, ch;
+    plgspa(&pageX0, &pageX1, &pageY0, &pageY1);
+    plgchr(&defaultHeight, &ch);
+    l.ch = ch;
+    l.pageW = pageX1 - pageX0;
+    l.pageH = pageY1 - pageY0;
+    size_t yChars = 0;
+    for (double y : tickValues(f.ay)) {
+        char label[64];
+        tickLabel(PL_Y_AXIS, y, label, sizeof label, &format);
+        yChars = std::max(yChars, std::string_view(label).size());
+    }
+    l.yLabelAt = 2.0 + 0.9 * static_cast<double>(yChars);
+    l.left = (l.yLabelAt + 1.0) * ch;
+    l.bottom = 4.5 * ch;
+    l.viewW = l.pageW - l.left - 3.0 * ch;
+    l.viewH = l.pageH - l.bottom - 3.5 * ch;
+
+    const std::vector<Series>& series = f.series;
+    const size_t rows = series.size() > 1 ? std::min(series.size(), kLegendRows + 1) : 0;
+    for (size_t i = 0; i < rows; ++i)
+        l.legendTexts.push_back(i == kLegendRows ? "... and " + std::to_string(series.size() - kLegendRows) + " more"
+                                                 : plText(series[i].legend));
+    if (rows == 0) return l;
+    size_t widest = 0;
+    for (const std::string& t : l.legendTexts) widest = std::max(widest, t.size());
+    const double legendW = (4.5 + 0.72 * static_cast<double>(widest)) * ch, legendH = 2.0 * static_cast<double>(rows) * ch;
+    const double gapW = 0.015, gapH = 0.02;  // between legend and frame, of the plot's size
+    std::array<size_t, 4> crowd = crowding(series, f.ax, f.ay, gapW + legendW / l.viewW, gapH + legendH / l.viewH);
+    const size_t corner = static_cast<size_t>(std::min_element(crowd.begin(), crowd.end()) - crowd.begin());
+    if (crowd[corner] == 0) {
+        l.legendPosition = PL_POSITION_INSIDE | (corner < 2 ? PL_POSITION_TOP : PL_POSITION_BOTTOM) |
+                           (corner % 2 == 0 ? PL_POSITION_RIGHT : PL_POSITION_LEFT);
+    } else {
+        l.legendPosition = PL_POSITION_SUBPAGE | PL_POSITION_INSIDE | PL_POSITION_RIGHT | PL_POSITION_TOP;
+        l.viewW -= legendW;
+    }
+    return l;
+}
+
+// Grid, frame, tick labels and titles.
+void drawFrame(const Figure& f, const Layout& l, TickFormat& format) {
+    plslabelfunc(tickLabel, &format);
+    const std::string xLog = f.ax.log ? "l" : "", yLog = f.ay.log ? "l" : "";
+    plcol0(kGrid);
+    plwidth(1);
+    const std::string xGrid = f.ax.log ? "gh" + xLog : "g", yGrid = f.ay.log ? "gh" + yLog : "g";  // minor lines on decades
+    plbox(xGrid.c_str(), 0, 0, yGrid.c_str(), 0, 0);
+    plcol0(kInk);
+    plbox(("bcnsto" + xLog).c_str(), 0, 0, ("bcnstvo" + yLog).c_str(), 0, 0);
+    plmtex("b", 3.2, 0.5, 0.5, plText(f.xTitle).c_str());
+    plmtex("l", l.yLabelAt, 0.5, 0.5, plText(f.yTitle).c_str());
+    plmtex("t", 1.5, 0.5, 0.5, plText(f.title).c_str());
+}
+
+void drawLegend(const Figure& f, const Layout& l) {
+    const size_t rows = l.legendTexts.size();
+    if (rows == 0) return;
+    std::vector<PLINT> opts, textColours, lineColours, lineStyles;
+    std::vector<PLFLT> lineWidths;
+    std::vector<const char*> textPtrs;
+    for (size_t i = 0; i < rows; ++i) {
+        const bool more = i == kLegendRows;
+        opts.push_back(more ? PL_LEGEND_NONE : PL_LEGEND_LINE);
+        textColours.push_back(kInk);
+        lineColours.push_back(more ? kBackground : f.series[i].colour);
+        lineStyles.push_back(1);
+        lineWidths.push_back(2);
+        textPtrs.push_back(l.legendTexts[i].c_str());
+    }
+    // Beside the plot, its top level with the plot's frame.
+    const bool beside = l.legendPosition & PL_POSITION_SUBPAGE;
+    const double ch = l.ch;
+    PLFLT width, height;
+    pllegend(&width, &height, PL_LEGEND_BACKGROUND | PL_LEGEND_BOUNDING_BOX, l.legendPosition,
+             beside ? 0.5 * ch / l.pageW : 0.015, beside ? 3.5 * ch / l.pageH : 0.02, 2.0 * ch / l.viewW, kBackground,
+             kInk, 1, 0, 0, static_cast<PLINT>(rows), opts.data(), 0.6, 0.9, 2.0, 0.0, textColours.data(),
+             textPtrs.data(), nullptr, nullptr, nullptr, nullptr, lineColours.data(), lineStyles.data(),
+             lineWidths.data(), nullptr, nullptr, nullptr, nullptr);
+}
+
 }  // namespace
 
 // In sanitizer builds: the libraries behind PLplot's cairo driver keep what they load (the fonts
@@ -296,63 +471,9 @@ std::string Plot::write(const std::string& path, const PlotOptions& options) con
     const Device* device = deviceFor(path);
     if (!device) return checkPlotPath(path);
     if (values_.empty()) return "nothing to plot: no statement gave a curve of more than one point";
-
-    // The curves, and what their axes show.
-    std::vector<Series> series;
-    const Vector& first = *values_.front().value;
-    const PhysType xPhys = first.ref.phys;
-    const std::string xTitle = (first.ref.name.empty() ? quantity(xPhys) : first.ref.name) + unitSuffix(xPhys);
-    std::vector<std::string> yTitles;
-    bool allComplex = true;
-    for (const Entry& e : values_) {
-        const Vector& v = *e.value;
-        if (v.ref.phys != xPhys)
-            return "'" + values_.front().label + "' is drawn over " + std::string(units::description(xPhys)) + " but '" +
-                   e.label + "' over " + std::string(units::description(v.ref.phys)) + ": draw them on separate plots";
-        allComplex = allComplex && v.type == VD_COMPLEX;
-        std::string yTitle = (v.type == VD_COMPLEX ? std::string("magnitude") : quantity(v.phys)) + unitSuffix(v.phys);
-        if (std::find(yTitles.begin(), yTitles.end(), yTitle) == yTitles.end()) yTitles.push_back(yTitle);
-        for (size_t k = 0; k < v.numDivisions(); ++k) {
-            const size_t start = v.divisionStart(k);
-            Series s{};
-            s.x = v.ref.real() + start;
-            s.real = v.type == VD_REAL ? v.real.data() + start : nullptr;
-            s.cplx = v.type == VD_COMPLEX ? v.cplx.data() + start : nullptr;
-            s.n = v.divisionLength(k);
-            std::string division = v.label(k).value_or("division " + std::to_string(k + 1));
-            if (values_.size() == 1) s.legend = division;
-            else if (v.numDivisions() == 1 && !v.label(0)) s.legend = e.label;
-            else s.legend = e.label + ": " + division;
-            s.colour = kFirstCurve + static_cast<PLINT>(series.size() % kCurveColours);
-            series.push_back(std::move(s));
-        }
-    }
-
-    // Scales: logarithmic x for a frequency sweep over more than two decades, logarithmic y for
-    // magnitudes over more than two decades, unless the options say otherwise.
-    Range xs, ys;
-    for (const Series& s : series)
-        for (size_t i = 0; i < s.n; ++i) {
-            xs.add(s.xAt(i));
-            ys.add(s.yAt(i));
-        }
-    if (xs.empty() || ys.empty()) return "nothing to plot: the values are not finite numbers";
-    Axis ax, ay;
-    ax.log = options.logX || (xPhys == units::Frequency && xs.lo > 0 && xs.hi > 100 * xs.lo);
-    ay.log = !options.linY && allComplex && ys.lo > 0 && ys.hi > 100 * ys.lo;
-    Range px, py;
-    for (const Series& s : series)
-        for (size_t i = 0; i < s.n; ++i) {
-            double x = ax.map(s.xAt(i)), y = ay.map(s.yAt(i));
-            if (std::isnan(x) || std::isnan(y)) continue;
-            px.add(x);
-            py.add(y);
-        }
-    if (px.empty()) return "nothing to plot: no point is positive, as a logarithmic x-axis needs";
-    ax.lo = px.lo, ax.hi = px.hi;
-    ay.lo = py.lo, ay.hi = py.hi;
-    pad(&ax, 0);
-    pad(&ay, 0.05);
+    Figure figure;
+    if (std::string why = collectCurves(values_, &figure); !why.empty()) return why;
+    if (std::string why = scaleAxes(options, &figure); !why.empty()) return why;
 
     // PLplot would end the process on a file it cannot open, or ask on standard input for a
     // driver it lacks: check both first.
@@ -361,13 +482,7 @@ std::string Plot::write(const std::string& path, const PlotOptions& options) con
     if (!driverInstalled(device->name))
         return std::string("PLplot's ") + device->name + " driver is not installed (Debian package plplot-driver-cairo)";
 
-    std::string title;
-    for (const Entry& e : values_) title += (title.empty() ? "" : ", ") + e.label;
-    if (title.size() > 100) title = title.substr(0, 97) + "...";
-    std::string yTitle;
-    for (const std::string& t : yTitles) yTitle += (yTitle.empty() ? "" : ", ") + t;
-
-    TickFormat format{ax, ay};
+    TickFormat format{figure.ax, figure.ay};
     plsexit(plplotFailed);
     plsdev(device->name);
     plsfnam(path.c_str());
@@ -377,93 +492,19 @@ std::string Plot::write(const std::string& path, const PlotOptions& options) con
     plscmap0(r.data(), g.data(), b.data(), static_cast<PLINT>(r.size()));
     plinit();
     pladv(0);
-    // Margins in character heights; the left one takes the longest y tick label, at about 0.9 of
-    // a character height per character (digits and SI prefixes are wide).
-    PLFLT pageX0, pageX1, pageY0, pageY1, defaultHeight, ch;
-    plgspa(&pageX0, &pageX1, &pageY0, &pageY1);
-    plgchr(&defaultHeight, &ch);
-    size_t yChars = 0;
-    for (double y : tickValues(ay)) {
-        char label[64];
-        tickLabel(PL_Y_AXIS, y, label, sizeof label, &format);
-        yChars = std::max(yChars, std::string_view(label).size());
-    }
-    const double yLabelAt = 2.0 + 0.9 * static_cast<double>(yChars);
-    const double left = (yLabelAt + 1.0) * ch, bottom = 4.5 * ch;
-    double viewW = pageX1 - pageX0 - left - 3.0 * ch;
-    const double viewH = pageY1 - pageY0 - bottom - 3.5 * ch;
-
-    // The legend, when there are several curves: in a corner of the plot that no curve passes
-    // through, else beside the plot on the right. PLplot draws its text at 0.9 of the character
-    // height, two heights a row, each character up to 0.72 of a height wide, after a line sample
-    // and margins of about 4.5 heights.
-    const size_t rows = series.size() > 1 ? std::min(series.size(), kLegendRows + 1) : 0;
-    std::vector<std::string> texts;
-    for (size_t i = 0; i < rows; ++i)
-        texts.push_back(i == kLegendRows ? "... and " + std::to_string(series.size() - kLegendRows) + " more"
-                                         : plText(series[i].legend));
-    size_t widest = 0;
-    for (const std::string& t : texts) widest = std::max(widest, t.size());
-    const double legendW = (4.5 + 0.72 * static_cast<double>(widest)) * ch, legendH = 2.0 * static_cast<double>(rows) * ch;
-    PLINT position = 0;
-    if (rows > 0) {
-        const double gapW = 0.015, gapH = 0.02;  // between legend and frame, of the plot's size
-        std::array<size_t, 4> crowd = crowding(series, ax, ay, gapW + legendW / viewW, gapH + legendH / viewH);
-        const size_t corner = static_cast<size_t>(std::min_element(crowd.begin(), crowd.end()) - crowd.begin());
-        if (crowd[corner] == 0) {
-            position = PL_POSITION_INSIDE | (corner < 2 ? PL_POSITION_TOP : PL_POSITION_BOTTOM) |
-                       (corner % 2 == 0 ? PL_POSITION_RIGHT : PL_POSITION_LEFT);
-        } else {
-            position = PL_POSITION_SUBPAGE | PL_POSITION_INSIDE | PL_POSITION_RIGHT | PL_POSITION_TOP;
-            viewW -= legendW;
-        }
-    }
-    plsvpa(left, left + viewW, bottom, bottom + viewH);
-    plwind(ax.lo, ax.hi, ay.lo, ay.hi);
-
-    plslabelfunc(tickLabel, &format);
-    const std::string xLog = ax.log ? "l" : "", yLog = ay.log ? "l" : "";
-    plcol0(kGrid);
-    plwidth(1);
-    const std::string xGrid = ax.log ? "gh" + xLog : "g", yGrid = ay.log ? "gh" + yLog : "g";  // minor lines on decades
-    plbox(xGrid.c_str(), 0, 0, yGrid.c_str(), 0, 0);
-    plcol0(kInk);
-    plbox(("bcnsto" + xLog).c_str(), 0, 0, ("bcnstvo" + yLog).c_str(), 0, 0);
-    plmtex("b", 3.2, 0.5, 0.5, plText(xTitle).c_str());
-    plmtex("l", yLabelAt, 0.5, 0.5, plText(yTitle).c_str());
-    plmtex("t", 1.5, 0.5, 0.5, plText(title).c_str());
-
+    const Layout layout = lay(figure, format);
+    plsvpa(layout.left, layout.left + layout.viewW, layout.bottom, layout.bottom + layout.viewH);
+    plwind(figure.ax.lo, figure.ax.hi, figure.ay.lo, figure.ay.hi);
+    drawFrame(figure, layout, format);
     plwidth(1.5);
-    for (const Series& s : series) {
+    for (const Series& s : figure.series) {
         plcol0(s.colour);
-        polylines(s, ax, ay, [](const std::vector<double>& x, const std::vector<double>& y) {
+        polylines(s, figure.ax, figure.ay, [](const std::vector<double>& x, const std::vector<double>& y) {
             if (x.size() == 1) plpoin(1, x.data(), y.data(), 1);  // a lone point between gaps
             else plline(static_cast<PLINT>(x.size()), x.data(), y.data());
         });
     }
-
-    if (rows > 0) {
-        std::vector<PLINT> opts, textColours, lineColours, lineStyles;
-        std::vector<PLFLT> lineWidths;
-        std::vector<const char*> textPtrs;
-        for (size_t i = 0; i < rows; ++i) {
-            const bool more = i == kLegendRows;
-            opts.push_back(more ? PL_LEGEND_NONE : PL_LEGEND_LINE);
-            textColours.push_back(kInk);
-            lineColours.push_back(more ? kBackground : series[i].colour);
-            lineStyles.push_back(1);
-            lineWidths.push_back(2);
-            textPtrs.push_back(texts[i].c_str());
-        }
-        // Beside the plot, its top level with the plot's frame.
-        const bool beside = position & PL_POSITION_SUBPAGE;
-        const double pageW = pageX1 - pageX0, pageH = pageY1 - pageY0;
-        PLFLT width, height;
-        pllegend(&width, &height, PL_LEGEND_BACKGROUND | PL_LEGEND_BOUNDING_BOX, position, beside ? 0.5 * ch / pageW : 0.015,
-                 beside ? 3.5 * ch / pageH : 0.02, 2.0 * ch / viewW, kBackground, kInk, 1, 0, 0, static_cast<PLINT>(rows),
-                 opts.data(), 0.6, 0.9, 2.0, 0.0, textColours.data(), textPtrs.data(), nullptr, nullptr, nullptr,
-                 nullptr, lineColours.data(), lineStyles.data(), lineWidths.data(), nullptr, nullptr, nullptr, nullptr);
-    }
+    drawLegend(figure, layout);
     plend();
     return "";
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 
@@ -13,6 +14,13 @@ struct EntryPoint {
     std::vector<RegisterDynFuncCall*> registrations;
 };
 
+// Registrations and bindings may come from several threads (modules loaded, interpreters made);
+// calls through a slot read only the slot.
+std::mutex& entryPointLock() {
+    static std::mutex lock;
+    return lock;
+}
+
 std::unordered_map<std::string, EntryPoint>& entryPoints() {
     static std::unordered_map<std::string, EntryPoint> table;
     return table;
@@ -23,18 +31,21 @@ std::unordered_map<std::string, EntryPoint>& entryPoints() {
 RegisterDynFuncCall::RegisterDynFuncCall(void** slot, const char* name, bool, bool required,
                                          const char* header, int line)
     : slot_(slot), stub_(*slot), name_(name), header_(header), line_(line), required_(required) {
+    std::lock_guard guard(entryPointLock());
     EntryPoint& ep = entryPoints()[name];
     ep.registrations.push_back(this);
     if (ep.entry) *slot_ = ep.entry;
 }
 
 RegisterDynFuncCall::~RegisterDynFuncCall() {
+    std::lock_guard guard(entryPointLock());
     auto& regs = entryPoints()[name_].registrations;
     regs.erase(std::remove(regs.begin(), regs.end(), this), regs.end());
     *slot_ = stub_;
 }
 
 int provideEntryPoint(const char* name, void* entry) {
+    std::lock_guard guard(entryPointLock());
     EntryPoint& ep = entryPoints()[name];
     ep.entry = entry;
     for (RegisterDynFuncCall* r : ep.registrations) *r->slot_ = entry ? entry : r->stub_;
@@ -43,6 +54,7 @@ int provideEntryPoint(const char* name, void* entry) {
 
 std::vector<const char*> registeredEntryPoints() {
     std::vector<const char*> names;
+    std::lock_guard guard(entryPointLock());
     for (auto& [name, ep] : entryPoints())
         if (!ep.registrations.empty()) names.push_back(ep.registrations.front()->name());
     std::sort(names.begin(), names.end(), [](const char* a, const char* b) { return std::strcmp(a, b) < 0; });

@@ -1,5 +1,6 @@
 #include "wavex/function.hpp"
 #include "support/interpolation.hpp"
+#include "support/numbers.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -101,6 +102,7 @@ void FuncArgs::getYDivisionLabelArray(int i, DivisionLabelArray& out) const {
 }
 
 std::string_view FuncArgs::string(int i, size_t k) const {
+    if (!has(i)) return {};
     const StrElem* s = stringData(i);
     if (!s || k >= views_[i].length || !s[k]) return {};
     return *s[k];
@@ -120,6 +122,15 @@ std::optional<double> FuncArgs::optionalScalar(int i) const {
 const double* FuncArgs::realRefData(int i, std::vector<double>& scratch) const {
     return support_RealAbscissa(refType(i) != VD_NONE, refData(i), complexRefData(i), length(i), scratch);
 }
+
+const double* FuncArgs::neededRefData(int i, std::vector<double>& scratch, const FuncInfo& info,
+                                      MessageHandler& messages) const {
+    const double* x = realRefData(i, scratch);
+    if (!x) messages.error(kNoReferenceMessage, i + 1, info.name);
+    return x;
+}
+
+std::optional<int64_t> FuncArgs::integer(int i) const { return has(i) ? wholeNumber(scalar(i)) : std::nullopt; }
 
 // ---- FuncResult ----
 

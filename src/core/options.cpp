@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <mutex>
 
 namespace wavex {
 namespace {
@@ -14,6 +15,13 @@ namespace {
 struct ByName {
     bool operator()(const std::string& a, const std::string& b) const { return stricmp(a, b) < 0; }
 };
+
+// The options are shared by every interpreter and thread: the store and every value are read and
+// written under this lock.
+std::mutex& optionLock() {
+    static std::mutex lock;
+    return lock;
+}
 
 std::map<std::string, MakeOption*, ByName>& store() {
     static std::map<std::string, MakeOption*, ByName> options;
@@ -55,39 +63,58 @@ MakeOption::MakeOption(const char* file, int line, const std::string& name, doub
     enroll();
 }
 
-void MakeOption::enroll() { store()[name_] = this; }
+void MakeOption::enroll() {
+    std::lock_guard guard(optionLock());
+    store()[name_] = this;
+}
 
 MakeOption::~MakeOption() {
+    std::lock_guard guard(optionLock());
     auto it = store().find(name_);
     if (it != store().end() && it->second == this) store().erase(it);
 }
 
 bool MakeOption::set(std::string_view text) {
+    std::string value;
     switch (kind_) {
-        case OptionKind::Text: value_ = text; return true;
+        case OptionKind::Text: value = text; break;
         case OptionKind::Integer: {
             auto v = asInteger(text);
             if (!v) return false;
-            value_ = std::to_string(*v);
-            return true;
+            value = std::to_string(*v);
+            break;
         }
         case OptionKind::Real: {
             auto v = parseEngineeringNumber(trim(text));
             if (!v) return false;
-            value_ = formatRoundTrip(*v);
-            return true;
+            value = formatRoundTrip(*v);
+            break;
         }
     }
-    return false;
+    std::lock_guard guard(optionLock());
+    value_ = std::move(value);
+    return true;
+}
+
+void MakeOption::reset() {
+    std::lock_guard guard(optionLock());
+    value_ = default_;
+}
+
+std::string MakeOption::value() const {
+    std::lock_guard guard(optionLock());
+    return value_;
 }
 
 MakeOption* findOption(std::string_view name) {
+    std::lock_guard guard(optionLock());
     auto it = store().find(std::string(name));
     return it == store().end() ? nullptr : it->second;
 }
 
 std::vector<const MakeOption*> allOptions() {
     std::vector<const MakeOption*> r;
+    std::lock_guard guard(optionLock());
     for (auto& [name, opt] : store()) r.push_back(opt);
     return r;
 }

@@ -1,7 +1,7 @@
 #include "wavex/template.hpp"
 
 #include "wavex/dynexport.hpp"
-#include "wavex/interpreter.hpp"
+#include "wavex/scp_interface.hpp"
 
 namespace wavex {
 namespace {

@@ -41,13 +41,7 @@ constexpr RunningOp kRunning[] = {
     {.op = Running::Rms, .mode = IntegralMode::Square},
 };
 
-consteval bool runningComplete() {
-    if (std::size(kRunning) != static_cast<size_t>(Running::Count)) return false;
-    for (size_t i = 0; i < std::size(kRunning); ++i)
-        if (static_cast<size_t>(kRunning[i].op) != i) return false;
-    return true;
-}
-static_assert(runningComplete(), "row i holds running average i");
+static_assert(rowsInOrder(kRunning, &RunningOp::op), "row i holds running average i");
 
 FUNC_ERROR runningAverage(const FuncArgs& args, FuncResult* result, Running op) {
     const RunningOp& o = kRunning[static_cast<size_t>(op)];
@@ -79,11 +73,8 @@ FUNC_ERROR runningHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR area(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED_RANGE;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED_RANGE;
     RangeIntegral r = support_RangeIntegral(args.data(0), x, args.length(0), args.optionalScalar(1),
                                             args.optionalScalar(2), IntegralMode::Mean);
     result->setPhysType(units::mult(args.physType(0), args.refPhysType(0)), units::NoRef);
@@ -164,11 +155,8 @@ void cutReference(const X* from, const Stretch& s, double start, double end, X* 
 
 FUNC_ERROR truncate(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED;
     const double start = args.scalar(1);
     const double end = args.count() > 2 ? args.scalar(2) : std::numeric_limits<double>::infinity();
     if (start > end) {
@@ -202,7 +190,7 @@ constexpr FuncInfo kFunctions[] = {
       .returns = "one real value per run, in v's unit times its x unit (V·s)",
       .notes = "start and end default to the first and last x-values; ends that fall between samples "
                "are interpolated as Mean1 does. A start beyond the data reports \"out of range\" and "
-               "gives an empty result. v without x-values is integrated over its indices.",
+               "gives an empty result. v must have x-values.",
       .example = "area(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]), 0.5, 3)"}},
     {"avg", {arg::Real.each()}, 1, runningHandler<Running::Avg>,
      {.signature = "avg(v)",

@@ -42,11 +42,39 @@ FUNC_ERROR convert(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"ConvertFromBase64", {arg::String}, 1, convert<Op::DecodeString>},
-    {"ConvertNumberFromBase64", {arg::String}, 1, convert<Op::DecodeNumber>},
-    {"ConvertNumberToBase64", {arg::Real}, 1, convert<Op::EncodeNumber>},
-    {"ConvertToBase64", {arg::String}, 1, convert<Op::EncodeString>},
-    {"_ConvertIntegerToBase64", {arg::Real}, 1, convert<Op::EncodeInteger>},
+    {"ConvertFromBase64", {arg::String}, 1, convert<Op::DecodeString>,
+     {.signature = "ConvertFromBase64(text)",
+      .summary = "The text whose bytes a Base64 string encodes.",
+      .returns = "one string",
+      .notes = "RFC 4648 with padding. Text that is not valid Base64 (characters outside the alphabet, "
+               "misplaced '=', non-zero pad bits) gives \"\".",
+      .example = "ConvertFromBase64('aGVsbG8=')"}},
+    {"ConvertNumberFromBase64", {arg::String}, 1, convert<Op::DecodeNumber>,
+     {.signature = "ConvertNumberFromBase64(text)",
+      .summary = "The number whose 8 bytes a Base64 string encodes, as ConvertNumberToBase64 wrote them.",
+      .returns = "one real",
+      .notes = "The bytes are an IEEE 754 double, little-endian, so a number comes back bit for bit. "
+               "Malformed Base64, or other than 8 bytes, gives NaN.",
+      .example = "ConvertNumberFromBase64(ConvertNumberToBase64(0.1)) == 0.1"}},
+    {"ConvertNumberToBase64", {arg::Real}, 1, convert<Op::EncodeNumber>,
+     {.signature = "ConvertNumberToBase64(x)",
+      .summary = "The Base64 encoding of a number's 8 bytes.",
+      .returns = "one string of 12 characters",
+      .notes = "The IEEE 754 double, little-endian; the first element of x is taken (NaN for []).",
+      .example = "ConvertNumberToBase64(1)"}},
+    {"ConvertToBase64", {arg::String}, 1, convert<Op::EncodeString>,
+     {.signature = "ConvertToBase64(text)",
+      .summary = "The Base64 encoding of a text's bytes.",
+      .returns = "one string",
+      .notes = "RFC 4648 with '=' padding.",
+      .example = "ConvertToBase64('hello')"}},
+    {"_ConvertIntegerToBase64", {arg::Real}, 1, convert<Op::EncodeInteger>,
+     {.signature = "_ConvertIntegerToBase64(x)",
+      .summary = "The Base64 encoding of a number as a 64-bit integer's 8 bytes.",
+      .returns = "one string of 12 characters",
+      .notes = "x is truncated toward zero to a signed 64-bit integer (saturating; NaN gives the smallest "
+               "integer), written little-endian.",
+      .example = "_ConvertIntegerToBase64(1.9)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -90,15 +90,8 @@ constexpr Calculus kCalculus[] = {
      .overComplex = differentiate<Complex>, .overIndex = differenceOverIndex, .option = "DerivAcceptFactor"},
 };
 
-consteval bool calculusTableIsComplete() {
-    if (std::size(kCalculus) != static_cast<size_t>(Calc::Count)) return false;
-    for (size_t i = 0; i < std::size(kCalculus); ++i) {
-        const Calculus& c = kCalculus[i];
-        if (static_cast<size_t>(c.op) != i || c.minLength < 1) return false;
-    }
-    return true;
-}
-static_assert(calculusTableIsComplete(), "row i holds operation i");
+static_assert(rowsInOrder(kCalculus, &Calculus::op, [](const Calculus& c) { return c.minLength >= 1; }),
+              "row i holds operation i");
 
 FUNC_ERROR calculus(const FuncArgs& args, FuncResult* result, const FuncInfo& info, Calc op,
                     MessageHandler& messages) {
@@ -181,16 +174,8 @@ constexpr Constructor kConstructors[] = {
     {.op = Build::MakeComplexVec, .type = VD_COMPLEX},
 };
 
-consteval bool constructorTableIsComplete() {
-    if (std::size(kConstructors) != static_cast<size_t>(Build::Count)) return false;
-    for (size_t i = 0; i < std::size(kConstructors); ++i) {
-        const Constructor& c = kConstructors[i];
-        if (static_cast<size_t>(c.op) != i || (c.type != VD_REAL && c.type != VD_COMPLEX)) return false;
-        if (c.type == VD_COMPLEX && (c.ramp || c.divisionList)) return false;  // real forms only
-    }
-    return true;
-}
-static_assert(constructorTableIsComplete(), "row i holds constructor i, real or complex");
+static_assert(rowsInOrder(kConstructors, &Constructor::op, [](const Constructor& c) { return (c.type == VD_REAL || c.type == VD_COMPLEX) && (c.type == VD_REAL || (!c.ramp && !c.divisionList)); }),
+              "row i holds constructor i, real or complex (complex forms are neither ramps nor lists of runs)");
 
 // Writes elements [0, n) of the result's current division.
 void fill(FuncResult* result, const Constructor& c, int64_t n) {
@@ -247,13 +232,49 @@ FUNC_ERROR constructorHandler(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    // name, argument types, min, max, handler, per-division flags, options
-    {"integ", {arg::Real.each()}, 1, calculusHandler<Calc::Integ>},
-    {"diff", {arg::Real.each()}, 1, calculusHandler<Calc::Diff>},
-    {"vector", {arg::Real}, 1, constructorHandler<Build::Vector>},
-    {"unitvec", {arg::Real}, 1, constructorHandler<Build::UnitVec>},
-    {"makevec", {arg::Real}, 1, constructorHandler<Build::MakeVec>},
-    {"makecomplexvec", {arg::Real}, 1, constructorHandler<Build::MakeComplexVec>},
+    {"integ", {arg::Real.each()}, 1, calculusHandler<Calc::Integ>,
+     {.signature = "integ(v)",
+      .summary = "The running integral of v over x, by trapezoids.",
+      .returns = "a real curve per run over v's x-values, in v's unit times the x unit (V·s)",
+      .notes = "r[0] = 0; each step adds (y[i-1] + y[i])/2·(x[i] - x[i-1]) in the order of the points, "
+               "so x-values that run back give negative steps. v needs x-values; an empty curve is out "
+               "of range.",
+      .example = "integ(XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]))"}},
+    {"diff", {arg::Real.each()}, 1, calculusHandler<Calc::Diff>,
+     {.signature = "diff(v)",
+      .summary = "The derivative of v with respect to x, as a backward difference.",
+      .returns = "a real curve per run over v's x-values, in v's unit over the x unit (V/s)",
+      .notes = "Backward difference: each point takes the slope of the step that ends there, and the first "
+               "point the slope of the first step. Steps no longer than DerivAcceptFactor (default 1e-9) "
+               "times the mean x-spacing are merged into the next one, the skipped points interpolated. "
+               "Without x-values: first differences y[i] - y[i-1] over the index, r[0] = r[1]. Fewer "
+               "than two points is out of range.",
+      .example = "diff(XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]))"}},
+    {"vector", {arg::Real}, 1, constructorHandler<Build::Vector>,
+     {.signature = "vector(n)",
+      .summary = "The n numbers 0, 1, ..., n-1.",
+      .returns = "a real vector of n values without x-values, unit a plain number",
+      .notes = "n is truncated toward zero; n = 0 (or negative, or NaN) gives the single value 0.",
+      .example = "vector(5)"}},
+    {"unitvec", {arg::Real}, 1, constructorHandler<Build::UnitVec>,
+     {.signature = "unitvec(n)",
+      .summary = "A vector of n ones.",
+      .returns = "a real vector of n values without x-values, unit a plain number",
+      .notes = "n is truncated toward zero; 0, a negative n or NaN gives an empty vector.",
+      .example = "unitvec(3)"}},
+    {"makevec", {arg::Real}, 1, constructorHandler<Build::MakeVec>,
+     {.signature = "makevec(n)",
+      .summary = "A vector of n zeros, or of several runs of zeros.",
+      .returns = "a real vector of zeros without x-values, unit a plain number",
+      .notes = "With one value, n zeros (truncated toward zero). A list of several values gives one run "
+               "(division) per value, of that many zeros; [] gives an empty vector.",
+      .example = "makevec(3); NumDivisions(makevec([2, 3]))"}},
+    {"makecomplexvec", {arg::Real}, 1, constructorHandler<Build::MakeComplexVec>,
+     {.signature = "makecomplexvec(n)",
+      .summary = "A vector of n complex zeros.",
+      .returns = "a complex vector of n values without x-values, unit a plain number",
+      .notes = "n is truncated toward zero; 0, a negative n or NaN gives an empty vector.",
+      .example = "makecomplexvec(2)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -16,6 +16,7 @@
 // ee(text [, fallback]): "{" text "}" resolved as a template (so the text is evaluated as an
 //   expression); on failure the fallback when given.
 // ev(a1 … ak): the last argument (the others were evaluated for their effects).
+#include "support/numbers.hpp"
 #include "wavex/function.hpp"
 #include "wavex/template.hpp"
 
@@ -88,19 +89,14 @@ FUNC_ERROR iffV(WAVEX_HANDLER_PARAMS) {
 // Bits lo … hi of the low 32 bits of n, shifted down to bit 0; shift counts taken modulo 32.
 double bitField(double x, int64_t hi, int64_t lo) {
     auto n = static_cast<uint32_t>(static_cast<uint64_t>(static_cast<int64_t>(x)));
-    uint32_t up = static_cast<uint32_t>(31 - hi) & 31;
-    uint32_t down = static_cast<uint32_t>(31 - hi + lo) & 31;
+    auto h = static_cast<uint32_t>(hi), l = static_cast<uint32_t>(lo);  // modulo 2^32, then 32
+    uint32_t up = (31u - h) & 31;
+    uint32_t down = (31u - h + l) & 31;
     return static_cast<double>(static_cast<uint32_t>(n << up) >> down);
 }
 
-// Truncation toward zero that tolerates values beyond the range of an integer.
-int64_t truncated(double x) {
-    if (!(std::fabs(x) < 9.2e18)) return 0;
-    return static_cast<int64_t>(x);
-}
-
 FUNC_ERROR field(WAVEX_HANDLER_PARAMS) {
-    int64_t a = truncated(args.scalar(1)), b = truncated(args.scalar(2));
+    int64_t a = args.integer(1).value_or(0), b = args.integer(2).value_or(0);
     result->makeRealNoRef(1)[0] = bitField(std::isfinite(args.scalar(0)) ? args.scalar(0) : 0, std::max(a, b), std::min(a, b));
     return FUNC_OK;
 }
@@ -112,7 +108,7 @@ FUNC_ERROR fieldV(WAVEX_HANDLER_PARAMS) {
     double* r = result->makeReal(n, RESULT_LIKE_ARGS, args.totalLength(0));
     const double *x = args.data(0), *hi = args.data(1), *lo = args.data(2);
     for (int64_t i = 0; i < n; ++i) {
-        int64_t h = truncated(hi[i]), l = truncated(lo[i]);
+        int64_t h = wholeNumber(hi[i]).value_or(0), l = wholeNumber(lo[i]).value_or(0);
         r[i] = h >= l ? bitField(std::isfinite(x[i]) ? x[i] : 0, h, l) : -1;
     }
     result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);
@@ -172,15 +168,73 @@ FUNC_ERROR ev(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kConditionalFunctions[] = {
-    {"Field", {arg::Real, arg::Real, arg::Real}, 3, field},
-    {"FieldV", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 3, fieldV, kPointwise},
-    {"Floor", {arg::Real}, 1, floorScalar},
-    {"Iff", {arg::Real, arg::Any, arg::Any}, 3, iff},
-    {"IffV", {arg::Real, arg::Any, arg::Any}, 3, iffV, kPointwise},
-    {"MaxN", {arg::Real.upTo(32)}, 1, maxN},
-    {"MinN", {arg::Real.upTo(32)}, 1, minN},
-    {"ee", {arg::String, arg::String}, 1, ee},
-    {"ev", {arg::Curve.orKinds(VD_STRING).upTo(8)}, 1, ev},  // copies strings too
+    {"Field", {arg::Real, arg::Real, arg::Real}, 3, field,
+     {.signature = "Field(x, bit1, bit2)",
+      .summary = "The bits bit1 … bit2 of the whole number x, shifted down to bit 0.",
+      .returns = "one real value, a plain number, without x-value",
+      .notes = "Reads the first element of each argument. x is truncated toward zero and its low 32 "
+               "bits used (NaN and inf read as 0); the bit numbers may come in either order and "
+               "count from 0 at the least significant bit.",
+      .example = "Field(240, 4, 7); Field(240, 7, 4); Field(6, 1, 1)"}},
+    {"FieldV", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 3, fieldV, kPointwise,
+     {.signature = "FieldV(x, hi, lo)",
+      .summary = "Bits lo … hi of each element of x, element by element.",
+      .returns = "a real curve per run over x's x-values, plain numbers",
+      .notes = "Unlike Field, hi and lo are vectors taken element by element (a single value is "
+               "not repeated: the result is as long as the shortest argument), and hi < lo gives -1.",
+      .example = "FieldV([240, 15, 15], [7, 3, 0], [4, 0, 3])"}},
+    {"Floor", {arg::Real}, 1, floorScalar,
+     {.signature = "Floor(x)",
+      .summary = "The first element of x rounded down to a whole number.",
+      .returns = "one real value, a plain number, without x-value",
+      .notes = "Only the first element is used; floorv rounds every element.",
+      .example = "Floor(-2.5); Floor([7.9, 1])"}},
+    {"Iff", {arg::Real, arg::Any, arg::Any}, 3, iff,
+     {.signature = "Iff(cond, a, b)",
+      .summary = "The first element of a when cond is true, else the first element of b.",
+      .returns = "one element of a's kind and unit (b's when b is chosen), without x-value",
+      .notes = "Only cond's first element counts; anything but 0 is true, NaN included. a and b "
+               "must be of one kind (\"Arguments 2 and 3 must be of the same type\"). IffV selects "
+               "element by element.",
+      .example = "Iff(2 > 1, \"yes\", \"no\"); Iff(0, [1, 2], [8, 9])"}},
+    {"IffV", {arg::Real, arg::Any, arg::Any}, 3, iffV, kPointwise,
+     {.signature = "IffV(cond, a, b)",
+      .summary = "Element by element: a's element where cond is true, else b's.",
+      .returns = "a vector of a's kind, length, unit and x-values",
+      .notes = "Anything but 0 is true, NaN included. a and b must be of one kind and length, and "
+               "cond as long as them or a single value, which then picks a or b whole.",
+      .example = "IffV([1, 0, 1], [1, 2, 3], [10, 20, 30]); IffV(0, [1, 2], [8, 9])"}},
+    {"MaxN", {arg::Real.upTo(32)}, 1, maxN,
+     {.signature = "MaxN(a1 [, a2 … a32])",
+      .summary = "The largest of the arguments, element by element.",
+      .returns = "a real vector as long as the arguments, without x-values; their common unit, "
+                 "else unknown",
+      .notes = "The arguments must all have one length: otherwise the result is empty, without a "
+               "message (a single value is not repeated). NaN in a later argument never wins.",
+      .example = "MaxN([1, 5], [3, 2], [0, 9])"}},
+    {"MinN", {arg::Real.upTo(32)}, 1, minN,
+     {.signature = "MinN(a1 [, a2 … a32])",
+      .summary = "The smallest of the arguments, element by element.",
+      .returns = "a real vector as long as the arguments, without x-values; their common unit, "
+                 "else unknown",
+      .notes = "The arguments must all have one length: otherwise the result is empty, without a "
+               "message. NaN in a later argument never wins.",
+      .example = "MinN([1, 5], [3, 2], [0, 9])"}},
+    {"ee", {arg::String, arg::String}, 1, ee,
+     {.signature = "ee(text [, fallback])",
+      .summary = "Evaluates text as an expression and gives the result as text.",
+      .returns = "one string",
+      .notes = "The text is resolved as the template \"{text}\" (see ResolveTemplate): numbers in "
+               "their shortest exact form, several elements joined by \", \". When evaluation fails "
+               "the result is fallback if given, else the text in braces as written (\"{1 +}\").",
+      .example = "ee(\"1+2\"); ee(\"[1, 2] * 2\"); ee(\"nosuch(\", \"fallback\")"}},
+    {"ev", {arg::Curve.orKinds(VD_STRING).upTo(8)}, 1, ev,  // copies strings too
+     {.signature = "ev(a1 [, a2 … a8])",
+      .summary = "The last argument, as it is.",
+      .returns = "a copy of the last argument: kind, unit and x-values",
+      .notes = "All the arguments are evaluated, in order, so the others serve for what they do "
+               "(assignments, files written).",
+      .example = "ev(1, 2, \"three\")"}},
 };
 const FuncFamily conditionalFamily(kConditionalFunctions);
 

@@ -70,13 +70,8 @@ constexpr FitOp kFits[] = {
     {Fit::Log, "log", true, true},
 };
 
-consteval bool fitsComplete() {
-    if (std::size(kFits) != static_cast<size_t>(Fit::Count)) return false;
-    for (size_t i = 0; i < std::size(kFits); ++i)
-        if (static_cast<size_t>(kFits[i].op) != i || !kFits[i].kind) return false;
-    return true;
-}
-static_assert(fitsComplete(), "row i holds fit i");
+static_assert(rowsInOrder(kFits, &FitOp::op, [](const FitOp& c) { return c.kind != nullptr; }),
+              "row i holds fit i");
 
 // Σ a_k t^k with t = (u − centre) / scale.
 struct Polynomial {
@@ -182,11 +177,8 @@ std::optional<Polynomial> fitArgument(const FuncArgs& args, const FuncInfo* info
     if (!order) return std::nullopt;
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return std::nullopt;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return std::nullopt;
     Fitted f = fitPolynomial(o, x, args.data(0), n, *order);
     switch (f.outcome) {
         case FitOutcome::Done: return std::move(f.p);
@@ -247,11 +239,44 @@ FUNC_ERROR curveFitPlot(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"CurveFit", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Poly>},
-    {"CurveFitLog", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Log>},
-    {"CurveFitLogX", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogX>},
-    {"CurveFitLogY", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogY>},
-    {"CurveFitPlot", {arg::Real.each(), arg::Real, arg::String}, 2, curveFitPlot},
+    {"CurveFit", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Poly>,
+     {.signature = "CurveFit(v, order)",
+      .summary = "The coefficients of the least-squares polynomial of y on x.",
+      .returns = "order + 1 real values per run, c0 ... c_order (lowest power first), plain numbers "
+                 "without x-values",
+      .notes = "The order is truncated toward zero and must lie in 0 ... 50. Points whose x or y is NaN or "
+               "infinite are left out; too few usable points fail. Data that cannot fix every "
+               "coefficient (repeated x-values) gets the least-squares solution of least norm. v needs "
+               "x-values.",
+      .example = "CurveFit(XY([1, 3, 11, 31], [0, 1, 2, 3]), 3)"}},
+    {"CurveFitLog", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::Log>,
+     {.signature = "CurveFitLog(v, order)",
+      .summary = "The coefficients of the least-squares polynomial of ln y on ln x.",
+      .returns = "order + 1 real values per run, lowest power first, plain numbers without x-values",
+      .notes = "For a power law y = a·x^b order 1 gives [ln a, b]. Every x and y must be above 0 "
+               "(else \"Argument out of range\"); otherwise as CurveFit.",
+      .example = "CurveFitLog(XY([3, 12, 27], [1, 2, 3]), 1)"}},
+    {"CurveFitLogX", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogX>,
+     {.signature = "CurveFitLogX(v, order)",
+      .summary = "The coefficients of the least-squares polynomial of y on ln x.",
+      .returns = "order + 1 real values per run, lowest power first, plain numbers without x-values",
+      .notes = "Every x must be above 0 (else \"Argument out of range\"); otherwise as CurveFit.",
+      .example = "CurveFitLogX(XY([2, 4.0794, 5.2958], [1, 2, 3]), 1)"}},
+    {"CurveFitLogY", {arg::Real.each(), arg::Real}, 2, coefficientsHandler<Fit::LogY>,
+     {.signature = "CurveFitLogY(v, order)",
+      .summary = "The coefficients of the least-squares polynomial of ln y on x.",
+      .returns = "order + 1 real values per run, lowest power first, plain numbers without x-values",
+      .notes = "For y = a·e^(b·x) order 1 gives [ln a, b]. Every y must be above 0 (else \"Argument out "
+               "of range\"); otherwise as CurveFit.",
+      .example = "CurveFitLogY(XY([5, 8.2436, 13.5914], [0, 1, 2]), 1)"}},
+    {"CurveFitPlot", {arg::Real.each(), arg::Real, arg::String}, 2, curveFitPlot,
+     {.signature = "CurveFitPlot(v, order [, kind])",
+      .summary = "The least-squares fit of v evaluated at v's own x-values.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "kind is 'poly' (default), 'logx', 'logy' or 'log' (any case), the fits of CurveFit, "
+               "CurveFitLogX, CurveFitLogY and CurveFitLog; the ln y kinds give the exponential of the "
+               "fitted polynomial. Points left out of the fit (NaN, infinite) still get a value.",
+      .example = "CurveFitPlot(XY([0, 1, 1, 3], [0, 1, 2, 3]), 1)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -161,6 +161,14 @@ Status map(Out* out, const In* in, int64_t n) {
     }
 }
 
+// rnd: x times a fresh factor in [0, 1]. The draws of the whole call are taken from the shared
+// seed in one step and made from a local copy.
+Status randomScale(double* out, const double* in, int64_t n) {
+    uint64_t seed = sp_ReserveRandom(static_cast<uint64_t>(n));
+    for (int64_t i = 0; i < n; ++i) out[i] = in[i] * sp_Random(seed) / 2147483647.0;
+    return Status::Ok;
+}
+
 constexpr double kDegPerRad = 57.29577951308232;
 constexpr double kRadPerDeg = 0.017453292519943295;
 // Angle scales as template arguments (a floating-point template argument is not portable yet).
@@ -182,7 +190,6 @@ constexpr auto kSign = [](double x) { return x > 0 ? 1.0 : 0.0; };  // negative 
 constexpr auto kNot = [](double x) { return x == 0 ? 1.0 : 0.0; };
 constexpr auto kNegate = [](auto x) { return -x; };
 constexpr auto kFloor = [](double x) { return std::floor(x); };
-constexpr auto kRandom = [](double x) { return x * sp_Random(sp_RandomSeed()) / 2147483647.0; };
 constexpr auto kSin = [](auto x) { return std::sin(x); };
 constexpr auto kCos = [](auto x) { return std::cos(x); };
 constexpr auto kTanh = [](auto x) { return std::tanh(x); };
@@ -494,7 +501,7 @@ constexpr Operation kOperations[] = {
     {.op = Op::Norm, .name = "norm", .real = normalise<double>, .complex = normalise<Complex>,
      .unit = units::none},
     {.op = Op::UMinus, .name = "-", .real = map<kNegate>, .complex = map<kNegate>, .unit = units::same},
-    {.op = Op::Rnd, .name = "rnd", .real = map<kRandom>, .unit = units::same},
+    {.op = Op::Rnd, .name = "rnd", .real = randomScale, .unit = units::same},
     {.op = Op::Not, .name = "!", .real = map<kNot>, .unit = units::none},
     {.op = Op::Mean, .name = "mean", .real = mean<double>, .complex = mean<Complex>, .unit = units::same,
      .scalar = true},
@@ -532,13 +539,8 @@ constexpr Operation kOperations[] = {
 
 // A row without its real kernel or unit rule draws -Wmissing-field-initializers. (Function
 // addresses cannot be compared with null in a constant expression under the sanitizers.)
-consteval bool tableIsInOrder() {
-    if (std::size(kOperations) != static_cast<size_t>(Op::Count)) return false;
-    for (size_t i = 0; i < std::size(kOperations); ++i)
-        if (static_cast<size_t>(kOperations[i].op) != i || !kOperations[i].name) return false;
-    return true;
-}
-static_assert(tableIsInOrder(), "row i holds operation i, with its display name");
+static_assert(rowsInOrder(kOperations, &Operation::op, [](const Operation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its display name");
 
 // The worker of the element-wise family.
 FUNC_ERROR dispatch(const FuncArgs& args, FuncResult* result, Op op, MessageHandler& messages) {
@@ -678,16 +680,12 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
         result->copyRefFromArgs(args, RESULT_LIKE_ARGS, args.totalLength(0), 0);
         return FUNC_OK;
     }
-    const double* x = args.refData(0);
-    const Complex* cx = args.complexRefData(0);
-    if (!x && !cx) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    std::vector<double> scratch;
+    const double* f = args.neededRefData(0, scratch, *info, *messages);
+    if (!f) return FUNC_FAILED;
 
-    std::vector<double> phi(static_cast<size_t>(n)), f(static_cast<size_t>(n));
+    std::vector<double> phi(static_cast<size_t>(n));
     unwrappedPhase<Scale::One>(phi.data(), h, n);
-    for (int64_t i = 0; i < n; ++i) f[i] = x ? x[i] : cx[i].real();
 
     bool steep = f[1] == f[0] || f[n - 1] == f[n - 2];
     if (!steep) tau[0] = -(phi[1] - phi[0]) / (f[1] - f[0]) / kTwoPi;
@@ -713,56 +711,321 @@ FUNC_ERROR groupDelay(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"abs", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
-    {"mag", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
-    {"magnitude", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise},
-    {"phase", {arg::Numeric.each()}, 1, elementwise<Op::Phase>},
-    {"ph", {arg::Numeric.each()}, 1, elementwise<Op::Phase>},
-    {"real", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise},
-    {"re", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise},
-    {"imag", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise},
-    {"im", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise},
-    {"sign", {arg::Real.each()}, 1, elementwise<Op::Sign>, kPointwise},
-    {"db", {arg::Numeric.each()}, 1, elementwise<Op::Db>, kPointwise},
-    {"log", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise},
-    {"log10", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise},
-    {"ln", {arg::Numeric.each()}, 1, elementwise<Op::Ln>, kPointwise},
-    {"exp", {arg::Numeric.each()}, 1, elementwise<Op::Exp>, kPointwise},
-    {"sin", {arg::Numeric.each()}, 1, elementwise<Op::Sin>, kPointwise},
-    {"cos", {arg::Numeric.each()}, 1, elementwise<Op::Cos>, kPointwise},
-    {"sqrt", {arg::Numeric.each()}, 1, elementwise<Op::Sqrt>, kPointwise},
-    {"tan", {arg::Numeric.each()}, 1, elementwise<Op::Tan>, kPointwise},
-    {"atan", {arg::Numeric.each()}, 1, elementwise<Op::Atan>, kPointwise},
-    {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>, kPointwise},
-    {"_UMinus", {arg::Numeric}, 1, elementwise<Op::UMinus>},
-    {"rnd", {arg::Real.each()}, 1, elementwise<Op::Rnd>, kPointwise},
-    {"_Not", {arg::Numeric}, 1, elementwise<Op::Not>},
-    {"mean", {arg::Numeric.each()}, 1, elementwise<Op::Mean>},
-    {"maxidx", {arg::Numeric.each()}, 1, elementwise<Op::MaxIdx>},
-    {"minidx", {arg::Numeric.each()}, 1, elementwise<Op::MinIdx>},
-    {"phase_rad", {arg::Numeric.each()}, 1, elementwise<Op::PhaseRad>},
-    {"sin_deg", {arg::Numeric.each()}, 1, elementwise<Op::SinDeg>, kPointwise},
-    {"cos_deg", {arg::Numeric.each()}, 1, elementwise<Op::CosDeg>, kPointwise},
-    {"tan_deg", {arg::Numeric.each()}, 1, elementwise<Op::TanDeg>, kPointwise},
-    {"atan_deg", {arg::Numeric.each()}, 1, elementwise<Op::AtanDeg>, kPointwise},
-    {"arg", {arg::Numeric.each()}, 1, elementwise<Op::Arg>, kPointwise},
-    {"arg_rad", {arg::Numeric.each()}, 1, elementwise<Op::ArgRad>, kPointwise},
-    {"floorv", {arg::Numeric.each()}, 1, elementwise<Op::Floor>, kPointwise},
-    {"sum", {arg::Numeric.each()}, 1, elementwise<Op::Sum>},
-    {"sinh", {arg::Numeric.each()}, 1, elementwise<Op::Sinh>, kPointwise},
-    {"cosh", {arg::Numeric.each()}, 1, elementwise<Op::Cosh>, kPointwise},
-    {"tanh", {arg::Numeric.each()}, 1, elementwise<Op::Tanh>, kPointwise},
-    {"asin", {arg::Numeric.each()}, 1, elementwise<Op::Asin>, kPointwise},
-    {"acos", {arg::Numeric.each()}, 1, elementwise<Op::Acos>, kPointwise},
-    {"asinh", {arg::Numeric.each()}, 1, elementwise<Op::Asinh>, kPointwise},
-    {"acosh", {arg::Numeric.each()}, 1, elementwise<Op::Acosh>, kPointwise},
-    {"atanh", {arg::Numeric.each()}, 1, elementwise<Op::Atanh>, kPointwise},
-    {"length", {arg::Any.all()}, 1, length},
-    {"NumElems", {arg::Any.joined()}, 1, numElems},
-    {"veclength", {arg::Any.all()}, 1, vecLength, kWholeArgument},
-    {"NumDivisions", {arg::Numeric.all()}, 1, numDivisions},
-    {"_Index", {arg::Any, arg::Real.orKinds(VD_COMPLEX)}, 2, indexElement},  // refuses a complex index itself
-    {"GroupDelay", {arg::Numeric.each()}, 1, groupDelay},
+    {"abs", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise,
+     {.signature = "abs(v)",
+      .summary = "The magnitude of each element: the absolute value, or the modulus of a complex value.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "Messages name the operation \"mag\".",
+      .example = "abs([-2, 3, (3, -4)])"}},
+    {"mag", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise,
+     {.signature = "mag(v)",
+      .summary = "Same as abs: the magnitude of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .example = "mag((3, 4))"}},
+    {"magnitude", {arg::Numeric.each()}, 1, elementwise<Op::Mag>, kPointwise,
+     {.signature = "magnitude(v)",
+      .summary = "Same as abs: the magnitude of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .example = "magnitude([-1.5, (0, 2)])"}},
+    {"phase", {arg::Numeric.each()}, 1, elementwise<Op::Phase>,
+     {.signature = "phase(v)",
+      .summary = "The unwrapped phase of each element, in degrees.",
+      .returns = "a real curve per run over v's x-values, plain numbers (degrees)",
+      .notes = "Unwrapped along the run: whenever the angle jumps by more than half a turn from the "
+               "previous element, whole turns are added or taken away, so the phase can run past "
+               "±180. Real values have phase 0. arg gives the wrapped angle; phase_rad the same in "
+               "radians.",
+      .example = "f = XY([0, 100, 200, 300], [0, 100, 200, 300]); phase(exp((0, -2*pi*3e-3) * f))"}},
+    {"ph", {arg::Numeric.each()}, 1, elementwise<Op::Phase>,
+     {.signature = "ph(v)",
+      .summary = "Same as phase: the unwrapped phase in degrees.",
+      .returns = "a real curve per run over v's x-values, plain numbers (degrees)",
+      .example = "ph([(1, 1), (-1, 1), (-1, -1)])"}},
+    {"real", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise,
+     {.signature = "real(v)",
+      .summary = "The real part of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "A real v is returned as it is.",
+      .example = "real([(1, 2), (-3, 4)])"}},
+    {"re", {arg::Numeric.each()}, 1, elementwise<Op::Real>, kPointwise,
+     {.signature = "re(v)",
+      .summary = "Same as real: the real part of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .example = "re((1.5, -2))"}},
+    {"imag", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise,
+     {.signature = "imag(v)",
+      .summary = "The imaginary part of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "A real v gives zeros.",
+      .example = "imag([(1, 2), (-3, 4), 5])"}},
+    {"im", {arg::Numeric.each()}, 1, elementwise<Op::Imag>, kPointwise,
+     {.signature = "im(v)",
+      .summary = "Same as imag: the imaginary part of each element.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .example = "im((1.5, -2))"}},
+    {"sign", {arg::Real.each()}, 1, elementwise<Op::Sign>, kPointwise,
+     {.signature = "sign(v)",
+      .summary = "1 where an element is positive, 0 elsewhere.",
+      .returns = "a real curve per run over v's x-values, plain numbers",
+      .notes = "Negative values and zero both give 0 (not -1). Real input only.",
+      .example = "sign([-2, 0, 3])"}},
+    {"db", {arg::Numeric.each()}, 1, elementwise<Op::Db>, kPointwise,
+     {.signature = "db(v)",
+      .summary = "Each element in decibels: 20·log10 of its magnitude.",
+      .returns = "a real curve per run over v's x-values, plain numbers (dB)",
+      .notes = "Takes the magnitude first, so negative and complex values are fine. An exact zero "
+               "gives -6160 rather than failing.",
+      .example = "db([0.1, -1, 1000, 0])"}},
+    {"log", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise,
+     {.signature = "log(v)",
+      .summary = "The base-10 logarithm of each element (log10; ln is the natural one).",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Real x <= 0 fails with \"Argument out of range for function 'log'\"; a complex v "
+               "gives the complex logarithm and refuses only 0.",
+      .example = "log([1, 10, 1000])"}},
+    {"log10", {arg::Numeric.each()}, 1, elementwise<Op::Log>, kPointwise,
+     {.signature = "log10(v)",
+      .summary = "Same as log: the base-10 logarithm of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Messages name it \"log\".",
+      .example = "log10([0.01, 100])"}},
+    {"ln", {arg::Numeric.each()}, 1, elementwise<Op::Ln>, kPointwise,
+     {.signature = "ln(v)",
+      .summary = "The natural logarithm of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Real x <= 0 fails with \"Argument out of range\"; a complex v gives the principal "
+               "complex logarithm and refuses only 0.",
+      .example = "ln([1, exp(2), (-1, 0)])"}},
+    {"exp", {arg::Numeric.each()}, 1, elementwise<Op::Exp>, kPointwise,
+     {.signature = "exp(v)",
+      .summary = "e raised to each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A (real part of an) argument above 709.016 fails with \"Overflow in function "
+               "'exp'\".",
+      .example = "exp([0, 1, -1])"}},
+    {"sin", {arg::Numeric.each()}, 1, elementwise<Op::Sin>, kPointwise,
+     {.signature = "sin(v)",
+      .summary = "The sine of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A complex argument whose imaginary part is 709.016 or more (or below about -745) "
+               "fails with \"Overflow\". sin_deg takes degrees.",
+      .example = "sin([0, pi/6, pi/2])"}},
+    {"cos", {arg::Numeric.each()}, 1, elementwise<Op::Cos>, kPointwise,
+     {.signature = "cos(v)",
+      .summary = "The cosine of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A complex argument whose imaginary part is 709.016 or more (or below about -745) "
+               "fails with \"Overflow\". cos_deg takes degrees.",
+      .example = "cos([0, pi/3, pi])"}},
+    {"sqrt", {arg::Numeric.each()}, 1, elementwise<Op::Sqrt>, kPointwise,
+     {.signature = "sqrt(v)",
+      .summary = "The square root of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, in the square root of "
+                 "v's unit (V²/Hz gives V/√Hz)",
+      .notes = "A negative real fails with \"Argument out of range for function 'sqrt'\"; write it "
+               "as a complex number, (x, 0), for the complex root.",
+      .example = "sqrt([4, 2]); sqrt((-4, 0))"}},
+    {"tan", {arg::Numeric.each()}, 1, elementwise<Op::Tan>, kPointwise,
+     {.signature = "tan(v)",
+      .summary = "The tangent of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Fails with \"Overflow in function 'tan'\" only where the cosine is exactly 0, which "
+               "no double next to π/2 reaches, so values near the poles are just very large.",
+      .example = "tan([0, pi/4, -pi/4])"}},
+    {"atan", {arg::Numeric.each()}, 1, elementwise<Op::Atan>, kPointwise,
+     {.signature = "atan(v)",
+      .summary = "The arc tangent of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Real results lie in (-π/2, π/2); atan2 gives the full circle. Complex ±i overflow.",
+      .example = "atan([0, 1, -1])"}},
+    // Registered pointwise as scripts have always seen it, though each value depends on the largest;
+    // nothing in wavex reads the flag (it is recorded for the host).
+    {"norm", {arg::Numeric.each()}, 1, elementwise<Op::Norm>, kPointwise,
+     {.signature = "norm(v)",
+      .summary = "v divided by its largest magnitude, so the peak is 1.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "Each run is scaled by its own peak. An empty or all-zero run fails with \"Cannot "
+               "normalise zero vector\".",
+      .example = "norm([1, -4, 2])"}},
+    {"_UMinus", {arg::Numeric}, 1, elementwise<Op::UMinus>,
+     {.signature = "-a (_UMinus)",
+      .summary = "The negation of each element.",
+      .returns = "real or complex as a, over a's x-values, in a's unit",
+      .example = "-XY([1, -2], [0, 1])"}},
+    {"rnd", {arg::Real.each()}, 1, elementwise<Op::Rnd>, kPointwise,
+     {.signature = "rnd(v)",
+      .summary = "Each element times its own random factor between 0 and 1.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "rnd(1) is a uniform random number. All calls draw from one library-wide generator, "
+               "so results differ from call to call. Real input only.",
+      .example = "r = rnd([2, 2, 2]); r >= 0 && r <= 2"}},
+    {"_Not", {arg::Numeric}, 1, elementwise<Op::Not>,
+     {.signature = "!a (_Not)",
+      .summary = "Logical not of each element: 1 where it is 0, else 0.",
+      .returns = "a real vector over a's x-values, plain numbers",
+      .notes = "NaN counts as true, so !NaN is 0. Real input only.",
+      .example = "!([0, 2, -1])"}},
+    {"mean", {arg::Numeric.each()}, 1, elementwise<Op::Mean>,
+     {.signature = "mean(v)",
+      .summary = "The arithmetic mean of the elements, Σx/n.",
+      .returns = "one value per run, real or complex as v, in v's unit, without x-values",
+      .notes = "Every sample weighs the same whatever the x spacing (Mean1 and avg integrate over "
+               "x instead). An empty run gives NaN.",
+      .example = "mean([1, 2, 3, 10])"}},
+    {"maxidx", {arg::Numeric.each()}, 1, elementwise<Op::MaxIdx>,
+     {.signature = "maxidx(v)",
+      .summary = "The index (from 0) of the largest element.",
+      .returns = "one real value per run, a plain number",
+      .notes = "Ties give the first; complex values compare by magnitude; NaN is never chosen. An "
+               "empty run gives 0.",
+      .example = "maxidx([3, 9, 2, 9])"}},
+    {"minidx", {arg::Numeric.each()}, 1, elementwise<Op::MinIdx>,
+     {.signature = "minidx(v)",
+      .summary = "The index (from 0) of the smallest element.",
+      .returns = "one real value per run, a plain number",
+      .notes = "Ties give the first; complex values compare by magnitude; NaN is never chosen. An "
+               "empty run gives 0.",
+      .example = "minidx([3, 1, 2, 1])"}},
+    {"phase_rad", {arg::Numeric.each()}, 1, elementwise<Op::PhaseRad>,
+     {.signature = "phase_rad(v)",
+      .summary = "The unwrapped phase of each element, in radians.",
+      .returns = "a real curve per run over v's x-values, plain numbers (radians)",
+      .notes = "Unwrapped as phase is (steps of more than π between neighbours are taken as a turn "
+               "the other way). Real values give 0.",
+      .example = "phase_rad([(1, 1), (-1, 1), (-1, -1)])"}},
+    {"sin_deg", {arg::Numeric.each()}, 1, elementwise<Op::SinDeg>, kPointwise,
+     {.signature = "sin_deg(v)",
+      .summary = "The sine of each element, in degrees.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .example = "sin_deg([0, 30, 90])"}},
+    {"cos_deg", {arg::Numeric.each()}, 1, elementwise<Op::CosDeg>, kPointwise,
+     {.signature = "cos_deg(v)",
+      .summary = "The cosine of each element, in degrees.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .example = "cos_deg([0, 60, 180])"}},
+    {"tan_deg", {arg::Numeric.each()}, 1, elementwise<Op::TanDeg>, kPointwise,
+     {.signature = "tan_deg(v)",
+      .summary = "The tangent of each element, in degrees.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "tan_deg(90) is a very large number, not a failure.",
+      .example = "tan_deg([0, 45, -45])"}},
+    {"atan_deg", {arg::Numeric.each()}, 1, elementwise<Op::AtanDeg>, kPointwise,
+     {.signature = "atan_deg(v)",
+      .summary = "The arc tangent of each element, in degrees.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .example = "atan_deg([0, 1, -1])"}},
+    {"arg", {arg::Numeric.each()}, 1, elementwise<Op::Arg>, kPointwise,
+     {.signature = "arg(v)",
+      .summary = "The angle of each element in degrees, wrapped to (-180, 180].",
+      .returns = "a real curve per run over v's x-values, plain numbers (degrees)",
+      .notes = "Not unwrapped (phase is). Real values give 0, whatever their sign. Messages name it "
+               "\"phase_b\".",
+      .example = "f = XY([0, 100, 200, 300], [0, 100, 200, 300]); arg(exp((0, -2*pi*3e-3) * f))"}},
+    {"arg_rad", {arg::Numeric.each()}, 1, elementwise<Op::ArgRad>, kPointwise,
+     {.signature = "arg_rad(v)",
+      .summary = "The angle of each element in radians, wrapped to (-π, π].",
+      .returns = "a real curve per run over v's x-values, plain numbers (radians)",
+      .notes = "Not unwrapped (phase_rad is). Real values give 0.",
+      .example = "arg_rad([(1, 1), (-1, 0), (0, -2)])"}},
+    {"floorv", {arg::Numeric.each()}, 1, elementwise<Op::Floor>, kPointwise,
+     {.signature = "floorv(v)",
+      .summary = "Each element rounded down to a whole number.",
+      .returns = "a real curve per run over v's x-values, in v's unit",
+      .notes = "Real input only. Floor takes the first element alone.",
+      .example = "floorv([-1.5, 2.7, 3])"}},
+    {"sum", {arg::Numeric.each()}, 1, elementwise<Op::Sum>,
+     {.signature = "sum(v)",
+      .summary = "The sum of the elements.",
+      .returns = "one value per run, real or complex as v, in v's unit, without x-values",
+      .notes = "An empty run gives 0. x spacing plays no part (area integrates).",
+      .example = "sum([1, 2, 3.5])"}},
+    {"sinh", {arg::Numeric.each()}, 1, elementwise<Op::Sinh>, kPointwise,
+     {.signature = "sinh(v)",
+      .summary = "The hyperbolic sine of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "x >= 709.016 fails with \"Overflow in function 'sinh'\"; very negative x gives -inf.",
+      .example = "sinh([0, 1, -1])"}},
+    {"cosh", {arg::Numeric.each()}, 1, elementwise<Op::Cosh>, kPointwise,
+     {.signature = "cosh(v)",
+      .summary = "The hyperbolic cosine of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "x >= 709.016 fails with \"Overflow in function 'cosh'\"; very negative x gives inf.",
+      .example = "cosh([0, 1, -1])"}},
+    {"tanh", {arg::Numeric.each()}, 1, elementwise<Op::Tanh>, kPointwise,
+     {.signature = "tanh(v)",
+      .summary = "The hyperbolic tangent of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .example = "tanh([0, 1, 100])"}},
+    {"asin", {arg::Numeric.each()}, 1, elementwise<Op::Asin>, kPointwise,
+     {.signature = "asin(v)",
+      .summary = "The arc sine of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A real |x| > 1 fails with \"Argument out of range\"; give it as complex, (x, 0), "
+               "for the complex result.",
+      .example = "asin([0, 0.5, 1]); asin((2, 0))"}},
+    {"acos", {arg::Numeric.each()}, 1, elementwise<Op::Acos>, kPointwise,
+     {.signature = "acos(v)",
+      .summary = "The arc cosine of each element, in radians.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A real |x| > 1 fails with \"Argument out of range\"; give it as complex for the "
+               "complex result.",
+      .example = "acos([1, 0.5, -1])"}},
+    {"asinh", {arg::Numeric.each()}, 1, elementwise<Op::Asinh>, kPointwise,
+     {.signature = "asinh(v)",
+      .summary = "The inverse hyperbolic sine of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .example = "asinh([0, 1, -1])"}},
+    {"acosh", {arg::Numeric.each()}, 1, elementwise<Op::Acosh>, kPointwise,
+     {.signature = "acosh(v)",
+      .summary = "The inverse hyperbolic cosine of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A negative real fails with \"Argument out of range\"; 0 <= x < 1 gives NaN.",
+      .example = "acosh([1, 2, 10])"}},
+    {"atanh", {arg::Numeric.each()}, 1, elementwise<Op::Atanh>, kPointwise,
+     {.signature = "atanh(v)",
+      .summary = "The inverse hyperbolic tangent of each element.",
+      .returns = "a real or complex curve per run (as v) over v's x-values, plain numbers",
+      .notes = "A real |x| >= 1 fails with \"Argument out of range\"; complex values refuse only ±1.",
+      .example = "atanh([0, 0.5, -0.5])"}},
+    {"length", {arg::Any.all()}, 1, length,
+     {.signature = "length(v)",
+      .summary = "The number of elements of v, all runs together.",
+      .returns = "one real value, a plain number",
+      .notes = "Works for strings too. veclength counts runs when there are several.",
+      .example = "length(XY([1, 2, 3], [0, 1, 2])); length([\"a\", \"b\"])"}},
+    {"NumElems", {arg::Any.joined()}, 1, numElems,
+     {.signature = "NumElems(v)",
+      .summary = "The number of elements of v, all runs together.",
+      .returns = "one real value, a plain number",
+      .notes = "Same count as length; works for any kind.",
+      .example = "NumElems([\"a\", \"b\", \"c\"])"}},
+    {"veclength", {arg::Any.all()}, 1, vecLength, kWholeArgument,
+     {.signature = "veclength(v)",
+      .summary = "The number of runs of v when it has several, else its number of elements.",
+      .returns = "one real value, a plain number",
+      .example = "veclength([4, 5, 6])"}},
+    {"NumDivisions", {arg::Numeric.all()}, 1, numDivisions,
+     {.signature = "NumDivisions(v)",
+      .summary = "The number of runs (divisions) of v.",
+      .returns = "one real value, a plain number",
+      .notes = "Data that is not split into runs counts as one. Numeric input only.",
+      .example = "NumDivisions([1, 2, 3])"}},
+    {"_Index", {arg::Any, arg::Real.orKinds(VD_COMPLEX)}, 2, indexElement,  // refuses a complex index itself
+     {.signature = "v[i] (_Index)",
+      .summary = "Element i of v, counting from 0.",
+      .returns = "one element of v's kind and unit, without x-value",
+      .notes = "i must be one real whole number within v, else the call fails (\"Index must be an "
+               "integer\", \"Index out of range\").",
+      .example = "v = [\"a\", \"b\", \"c\"]; v[1]; [4, 7, 1][2]"}},
+    {"GroupDelay", {arg::Numeric.each()}, 1, groupDelay,
+     {.signature = "GroupDelay(h)",
+      .summary = "The group delay -dφ/df / 2π of a frequency response h.",
+      .returns = "a real curve per run over h's frequencies, in seconds (1 over the x unit)",
+      .notes = "φ is the unwrapped phase in radians. Inner points take the slope of the parabola "
+               "through the point and its two neighbours, the ends the slope of their segment. A "
+               "real h gives zeros; h needs x-values, at least two points and no repeated "
+               "frequency.",
+      .example = "f = XY([0, 100, 200, 300], [0, 100, 200, 300]); GroupDelay(exp((0, -2*pi*1e-3) * f))"}},
 };
 
 const FuncFamily family(kFunctions);

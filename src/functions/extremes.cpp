@@ -54,13 +54,8 @@ constexpr ExtremaOp kExtrema[] = {
     {Extrema::Minima, -1},
 };
 
-consteval bool extremaComplete() {
-    if (std::size(kExtrema) != static_cast<size_t>(Extrema::Count)) return false;
-    for (size_t i = 0; i < std::size(kExtrema); ++i)
-        if (static_cast<size_t>(kExtrema[i].op) != i || (kExtrema[i].sign != 1 && kExtrema[i].sign != -1)) return false;
-    return true;
-}
-static_assert(extremaComplete(), "row i holds extreme kind i, with sign +1 or -1");
+static_assert(rowsInOrder(kExtrema, &ExtremaOp::op, [](const ExtremaOp& c) { return c.sign == 1 || c.sign == -1; }),
+              "row i holds extreme kind i, with sign +1 or -1");
 
 struct ExtremaOptions {
     double level = kNaN;  // NaN: no level
@@ -244,11 +239,8 @@ double midway(const double* y, int64_t n) {
 FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, *messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
     double level = args.count() > 1 ? args.scalar(1) : kNaN;
     if (std::isnan(level)) level = midway(y, n);
@@ -261,7 +253,7 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
     YList<long long> indices;
     if (!std::isnan(level)) support_FindYFromX(crossings, indices, x, y, n, level, opts);
 
-    const double* t = crossings.reversed();  // in the order of the curve
+    const double* t = crossings.oldestFirst();  // in the order of the curve
     const auto periods = static_cast<int64_t>(crossings.size() > 1 ? crossings.size() - 1 : 0);
     result->setPhysType(args.refPhysType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_REAL);
@@ -278,9 +270,34 @@ FUNC_ERROR cyclePeriod(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod},
-    {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>},
-    {"Minima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Minima>},
+    {"CyclePeriod", {arg::Real.each(), arg::Real.each()}, 1, cyclePeriod,
+     {.signature = "CyclePeriod(v [, level])",
+      .summary = "The period of each cycle of v: the time from one rising crossing of a level to the next.",
+      .returns = "a real curve per run in v's x unit, over the x-values of the crossings that start the "
+                 "cycles",
+      .notes = "The crossings are XFromY's (rising only, order InterpOrder). level defaults to midway "
+               "between the run's smallest and largest finite values (NaN or [] too). Fewer than two "
+               "rising crossings give an empty curve; v needs x-values.",
+      .example = "t = vector(41)/4; CyclePeriod(XY(sin(2.5132741228718345*t), t))"}},
+    {"Maxima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Maxima>,
+     {.signature = "Maxima(v [, level [, options]])",
+      .summary = "Every local maximum of v, at the x-value where it occurs.",
+      .returns = "a real curve per run in v's units: the maxima over their x-values (point indices when v "
+                 "has none)",
+      .notes = "A maximum is a point, or a plateau of equal points (counted once, at its middle x), higher "
+               "than its neighbours on both sides; the end points count only with the option 'ends'. "
+               "level keeps only maxima strictly above it (NaN or [] keeps all). options: a string "
+               "vector of words, 'prominence', P keeps maxima standing at least P above their "
+               "surroundings; an unknown word is an error.",
+      .example = "v = XY([0, 2, 1, 3, 3, 1, 2.5, 0, 5], vector(9)); Maxima(v); Maxima(v, 2.6, ['ends'])"}},
+    {"Minima", {arg::Real.each(), arg::Real, arg::String}, 1, extremaHandler<Extrema::Minima>,
+     {.signature = "Minima(v [, level [, options]])",
+      .summary = "Every local minimum of v, at the x-value where it occurs.",
+      .returns = "a real curve per run in v's units: the minima over their x-values (point indices when v "
+                 "has none)",
+      .notes = "Maxima mirrored: level keeps minima strictly below it; options 'prominence', P and 'ends' "
+               "as for Maxima.",
+      .example = "v = XY([0, 2, 1, 3, 3, 1, 2.5, 0, 5], vector(9)); Minima(v, [], ['prominence', '1.5', 'ends'])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -121,13 +121,8 @@ constexpr FilterOp kFilters[] = {
     {Filter::LPF, lpf, true},
 };
 
-consteval bool filtersComplete() {
-    if (std::size(kFilters) != static_cast<size_t>(Filter::Count)) return false;
-    for (size_t i = 0; i < std::size(kFilters); ++i)
-        if (static_cast<size_t>(kFilters[i].op) != i || !kFilters[i].kernel) return false;
-    return true;
-}
-static_assert(filtersComplete(), "row i holds filter i, with its kernel");
+static_assert(rowsInOrder(kFilters, &FilterOp::op, [](const FilterOp& c) { return c.kernel != nullptr; }),
+              "row i holds filter i, with its kernel");
 
 std::span<const double> values(const FuncArgs& args, int i) {
     if (args.count() <= i || !args.data(i)) return {};
@@ -156,9 +151,30 @@ FUNC_ERROR filterHandler(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"FIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::FIR>},
-    {"IIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::IIR>},
-    {"LPF", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::LPF>},
+    {"FIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::FIR>,
+     {.signature = "FIR(data, coefficients [, history])",
+      .summary = "A finite impulse response filter run over the points of data.",
+      .returns = "a real curve per run over data's x-values, in data's unit",
+      .notes = "y[n] = Σ c[k]·x[n-k] over the points in index order; the x spacing is ignored. Before "
+               "the start x[n-k] reads history[k-1] (zero beyond the history given) or, without a "
+               "history, x[0]: the input as if it had always been at its first value. No coefficients "
+               "give an empty result.",
+      .example = "FIR(XY([0, 0, 3, 3, 3], vector(5)), [0.5, 0.5])"}},
+    {"IIR", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::IIR>,
+     {.signature = "IIR(data, coefficients [, history])",
+      .summary = "An infinite impulse response (recursive) filter run over the points of data.",
+      .returns = "a real curve per run over data's x-values, in data's unit",
+      .notes = "y[n] = c[0]·x[n] + Σ_{k>=1} c[k]·y[n-k]: the feedback terms are added, not subtracted; "
+               "the x spacing is ignored. Before the start y[n-k] reads history[k-1] (zero without "
+               "one). No coefficients give an empty result.",
+      .example = "IIR(XY([1, 1, 1, 1, 1], vector(5)), [0.5, 0.5])"}},
+    {"LPF", {arg::Real.each(), arg::Real, arg::Real}, 2, filterHandler<Filter::LPF>,
+     {.signature = "LPF(data, tau [, y0])",
+      .summary = "A first-order low-pass filter with time constant tau, following uneven x spacing.",
+      .returns = "a real curve per run over data's x-values, in data's unit",
+      .notes = "y[0] = y0 (default data's first value); each step moves y toward the previous input "
+               "value by Δx/(Δx + tau). data needs x-values: without them the result is empty.",
+      .example = "LPF(XY([0, 1, 1, 1, 1], [0, 1, 2, 3, 4]), 1)"}},
 };
 
 const FuncFamily family(kFunctions);

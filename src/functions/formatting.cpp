@@ -23,10 +23,6 @@
 namespace wavex {
 namespace {
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
 // An integer read from a date field, when it fits an int as the C library's broken-down time needs.
 std::optional<int> fieldInt(int64_t v) {
     if (v < std::numeric_limits<int>::min() || v > std::numeric_limits<int>::max()) return std::nullopt;
@@ -75,7 +71,7 @@ FUNC_ERROR formatNumber(WAVEX_HANDLER_PARAMS) {
     const double* v = args.data(0);
     // Beyond these bounds every s gives the same texts (below: a percent precision of 0).
     int s = static_cast<int>(std::clamp<int64_t>(truncateToInt64(args.scalar(1)), -1000, kMaxPrecision));
-    NumberStyle style = styleOf(first(args, 2));
+    NumberStyle style = styleOf(args.string(2));
     result->setType(VD_STRING, VD_NONE);
     result->setPhysType(units::Number, units::NoRef);
     if (!result->allocate(n, RESULT_OWN, -1)) return FUNC_FAILED;
@@ -139,7 +135,7 @@ FUNC_ERROR sprintfNumber(WAVEX_HANDLER_PARAMS) {
             default: return FUNC_OK;
         }
     }
-    std::optional<std::string> text = formatPrintf(first(args, 0), values);
+    std::optional<std::string> text = formatPrintf(args.string(0), values);
     return !text || result->makeString(std::move(*text)) ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -169,7 +165,7 @@ std::optional<int> monthOf(std::string_view field) {
 
 FUNC_ERROR isoTimeToUnix(WAVEX_HANDLER_PARAMS) {
     std::vector<std::string_view> fields;
-    if (sp_SplitLine(first(args, 0), '-', fields) != 3) return FUNC_OK;
+    if (sp_SplitLine(args.string(0), '-', fields) != 3) return FUNC_OK;
     std::optional<int> year = fieldInt(atoiValue(fields[0]) - 1900), month = monthOf(fields[1]),
                        day = fieldInt(atoiValue(fields[2]));
     if (!year || !month || !day) return FUNC_OK;
@@ -246,12 +242,12 @@ std::optional<std::string> rgbColourToHTML(double value) {
 }
 
 FUNC_ERROR htmlToRGB(WAVEX_HANDLER_PARAMS) {
-    std::optional<uint32_t> rgb = htmlColourToRGB(first(args, 0));
+    std::optional<uint32_t> rgb = htmlColourToRGB(args.string(0));
     return !rgb || result->makeString(std::to_string(*rgb)) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR rgbToHTML(WAVEX_HANDLER_PARAMS) {
-    std::optional<double> value = args.type(0) == VD_STRING ? parseEngineeringNumber(trim(first(args, 0)))
+    std::optional<double> value = args.type(0) == VD_STRING ? parseEngineeringNumber(trim(args.string(0)))
                                                             : std::optional<double>(args.scalar(0));
     std::optional<std::string> html = value ? rgbColourToHTML(*value) : std::nullopt;
     return !html || result->makeString(std::move(*html)) ? FUNC_OK : FUNC_FAILED;
@@ -260,13 +256,59 @@ FUNC_ERROR rgbToHTML(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"FormatNumber", {arg::Real, arg::Real, arg::String}, 2, formatNumber},
+    {"FormatNumber", {arg::Real, arg::Real, arg::String}, 2, formatNumber,
+     {.signature = "FormatNumber(values, digits [, style])",
+      .summary = "Each value as display text, in engineering notation or the style named.",
+      .returns = "a string vector, one element per value, without x-values",
+      .notes = "Default style: engineering notation with digits significant digits (6 when "
+               "negative) and a suffix f p n u m k Meg G T (\"Meg\", since \"M\" reads as milli); "
+               "exponent form outside 1e-15 … 1e15. \"noeng\": C's `%.*g` with digits; \"int\": "
+               "rounded half up, digits ignored; \"%\": percent, where the decimals carry over from "
+               "one value to the next and drift (0.5, 0.5 with 3 give 50.0% then 50%). An unknown "
+               "style is engineering. NaN and ±Inf are written so in every style.",
+      .example = "FormatNumber([1500, 2.2e-7, 2e6, 1234.5678], 4); FormatNumber(3.14159, 3, \"noeng\"); "
+                 "FormatNumber(2.5, 0, \"int\")"}},
     // The first value may be text like the others.
-    {"SprintfNumber", {arg::String, arg::Curve.orKinds(VD_STRING), arg::Any.upTo(6)}, 1, sprintfNumber},
-    {"ConvertIsoTimeToUnix", {arg::String}, 1, isoTimeToUnix},
-    {"ConvertUnixTimeToIso", {arg::Real}, 1, unixTimeToIso},
-    {"ConvertHTMLcolourToRGB", {arg::String}, 1, htmlToRGB},
-    {"ConvertRGBcolourToHTML", {arg::String.orKinds(VD_REAL)}, 1, rgbToHTML},  // a colour may be a number
+    {"SprintfNumber", {arg::String, arg::Curve.orKinds(VD_STRING), arg::Any.upTo(6)}, 1, sprintfNumber,
+     {.signature = "SprintfNumber(format [, v1 … v7])",
+      .summary = "Fills a C printf format with up to seven values.",
+      .returns = "one string; empty when the format and the values do not match",
+      .notes = "Each value gives its first element: a real number, a complex one its magnitude, a "
+               "string its text. d i u o x X c take a number (truncated toward zero), e f g a a "
+               "number, s a string. A directive without its value or with a value of the wrong "
+               "kind, `%n`, `*` widths, positional arguments and widths or precisions above 300 give "
+               "an empty result rather than a message.",
+      .example = "SprintfNumber(\"%d items at %.2f V\", 3.9, 1.5); SprintfNumber(\"%s=%g\", \"R1\", 2200)"}},
+    {"ConvertIsoTimeToUnix", {arg::String}, 1, isoTimeToUnix,
+     {.signature = "ConvertIsoTimeToUnix(date)",
+      .summary = "A date \"YYYY-MM-DD\" as seconds since 1970 at local midnight.",
+      .returns = "one real value, in seconds; empty when the date cannot be read",
+      .notes = "The month may be a number or a name (jan … dec, any case; an unknown name is "
+               "January). Local time follows TZ, taken as standard time (no daylight saving). "
+               "Out-of-range fields roll over: 2020-13-01 is 2021-01-01. Anything but three fields "
+               "separated by \"-\" gives an empty result.",
+      .example = "ConvertIsoTimeToUnix(\"2024-Feb-01\") - ConvertIsoTimeToUnix(\"2024-01-01\")"}},
+    {"ConvertUnixTimeToIso", {arg::Real}, 1, unixTimeToIso,
+     {.signature = "ConvertUnixTimeToIso(seconds)",
+      .summary = "Seconds since 1970 as the local date \"YYYY-MM-DD\".",
+      .returns = "one string; empty for a negative or NaN time",
+      .notes = "The time of day is dropped; local time follows TZ as it is at the call.",
+      .example = "ConvertUnixTimeToIso(ConvertIsoTimeToUnix(\"2020-13-01\"))"}},
+    {"ConvertHTMLcolourToRGB", {arg::String}, 1, htmlToRGB,
+     {.signature = "ConvertHTMLcolourToRGB(colour)",
+      .summary = "A web colour (\"#RRGGBB\", \"#RGB\" or one of the 16 HTML names) as the integer "
+                 "0xRRGGBB.",
+      .returns = "one real value; empty when the text is not a colour",
+      .notes = "Hex digits and names in any case, the \"#\" optional, blanks around ignored. Only "
+               "the first element is read.",
+      .example = "ConvertHTMLcolourToRGB(\"#FF8000\"); ConvertHTMLcolourToRGB(\"navy\")"}},
+    {"ConvertRGBcolourToHTML", {arg::String.orKinds(VD_REAL)}, 1, rgbToHTML,  // a colour may be a number
+     {.signature = "ConvertRGBcolourToHTML(value)",
+      .summary = "A colour integer 0xRRGGBB as web text \"#RRGGBB\".",
+      .returns = "one string with upper-case hex digits; empty outside 0 … 16777215",
+      .notes = "The value may be a number or text read as an engineering number; it is truncated "
+               "toward zero.",
+      .example = "ConvertRGBcolourToHTML(16744448); ConvertRGBcolourToHTML(\"255\")"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -12,6 +12,7 @@
 #include "support/fft.hpp"
 #include "support/interpolation.hpp"
 #include "support/text.hpp"
+#include "support/numbers.hpp"
 #include "wavex/function.hpp"
 #include "wavex/messages.hpp"
 #include "wavex/options.hpp"
@@ -34,11 +35,6 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 std::span<const double> optionalValues(const FuncArgs& args, int i) {
     if (args.count() <= i || !args.data(i)) return {};
     return {args.data(i), static_cast<size_t>(args.length(i))};
-}
-
-// v truncated toward zero, within ±1e9; NaN gives `fallback`.
-int wholeNumber(double v, int fallback) {
-    return std::isnan(v) ? fallback : static_cast<int>(std::trunc(std::clamp(v, -1e9, 1e9)));
 }
 
 // Units of a spectrum of argument 0: its y unit over 1 / (its x unit), named after that unit.
@@ -93,9 +89,7 @@ const double* transformAbscissa(const FuncArgs& args, const FuncInfo* info, Mess
         messages.error("Need at least two points for FFT");
         return nullptr;
     }
-    const double* x = args.realRefData(0, scratch);
-    if (!x) messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-    return x;
+    return args.neededRefData(0, scratch, *info, messages);
 }
 
 FUNC_ERROR fft(WAVEX_HANDLER_PARAMS) {
@@ -145,13 +139,8 @@ constexpr WindowShape kWindows[] = {
     {Window::Rectangular, "rectangular", 1, 0, 0, false, true},
 };
 
-consteval bool windowsComplete() {
-    if (std::size(kWindows) != static_cast<size_t>(Window::Count)) return false;
-    for (size_t i = 0; i < std::size(kWindows); ++i)
-        if (static_cast<size_t>(kWindows[i].id) != i || !kWindows[i].name) return false;
-    return true;
-}
-static_assert(windowsComplete(), "row i holds window i, with its name");
+static_assert(rowsInOrder(kWindows, &WindowShape::id, [](const WindowShape& c) { return c.name != nullptr; }),
+              "row i holds window i, with its name");
 
 const WindowShape* findWindow(std::string_view name) {
     for (const WindowShape& w : kWindows)
@@ -295,8 +284,8 @@ FUNC_ERROR fourier(WAVEX_HANDLER_PARAMS) {
     const double f0 = args.scalar(1);
     const double count = std::floor(args.scalar(2));
     const std::span<const double> options = optionalValues(args, 3);
-    const int mode = options.empty() ? 0 : wholeNumber(options[0], 0);
-    const int order = options.size() < 2 ? 2 : std::clamp(wholeNumber(options[1], 2), 1, 2);
+    const int64_t mode = options.empty() ? 0 : wholeNumber(options[0]).value_or(0);
+    const int order = options.size() < 2 ? 2 : static_cast<int>(std::clamp<int64_t>(wholeNumber(options[1]).value_or(2), 1, 2));
 
     if (length < 3 || !x || !(f0 > 0) || !(count >= 1)) return FUNC_OK;
     if (count > static_cast<double>(support_MaxResamplePoints()) / 4) return FUNC_OK;
@@ -364,10 +353,48 @@ FUNC_ERROR spectrumUniv(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Fourier", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 3, fourier},
-    {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow},
-    {"SpectrumUniv", {arg::Real.each(), arg::Real}, 2, spectrumUniv},
-    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft},  // refuses complex data itself
+    {"Fourier", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 3, fourier,
+     {.signature = "Fourier(data, f0, n [, [mode, order]])",
+      .summary = "Harmonics 0 ... n-1 of the fundamental f0 over the last whole period of data.",
+      .returns = "n complex values per run in data's unit, over the complex frequencies (k·f0, 0) in 1/(x "
+                 "unit) (Hz over time)",
+      .notes = "c_k = (2/T)·∫y·e^(+2πi·k·f0·t) dt over [x_end - 1/f0, x_end], c_0 the mean: A·cos(2πk·f0·t + "
+               "φ) reads A·e^(-iφ), the phase referred to x = 0. Mode 0 (default) resamples the period at "
+               "a power of two >= max(InterpPts, 2n) points with order 1 or 2 (default 2); mode 1 "
+               "integrates the straight lines between the data's points exactly (for sharp edges). Data "
+               "shorter than a period, f0 <= 0 or n < 1 give an empty result, without a message.",
+      .example = "Fourier(XY([0, 1, 0], [0, 0.5, 1]), 1, 2, [1])"}},
+    {"FourierWindow", {arg::Real.each(), arg::String, arg::Real}, 1, fourierWindow,
+     {.signature = "FourierWindow(data [, name [, period]])",
+      .summary = "data multiplied by an amplitude-corrected window over its own x-values.",
+      .returns = "a real curve per run over data's x-values, in data's unit",
+      .notes = "With u = (x - x0)/T, T = period or the data's x span. Names (any case): 'hanning' "
+               "(default) 1 - cos 2πu; 'blackman' the 0.42/0.5/0.08 window divided by 0.42; 'hamming' "
+               "1 - 0.852·cos(2π(x - y0)/T), its phase taken from the first y-value; 'rectangular' the "
+               "window itself (all ones), not the windowed data. Any other name gives NaN everywhere.",
+      .example = "FourierWindow(XY(unitvec(5), vector(5)))"}},
+    {"SpectrumUniv", {arg::Real.each(), arg::Real}, 2, spectrumUniv,
+     {.signature = "SpectrumUniv(data, points)",
+      .summary = "The spectrum of unevenly sampled data, resampled onto evenly spaced points.",
+      .returns = "N/2 complex values per run in data's unit, over the complex frequencies (k·Δf, 0) in 1/(x "
+                 "unit), as fft",
+      .notes = "data is resampled from its first x to its last at N points, points rounded up to a power "
+               "of two, with the interpolation order of the option InterpOrder (2), then transformed as "
+               "fft does with its default Hann window: Δf = 1/(h·N), h = span/(N - 1). On evenly "
+               "sampled data of N points it equals fft(data).",
+      .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(SpectrumUniv(v, 8))"}},
+    // Complex data is accepted here so that fft can refuse it with its own message.
+    {"fft", {arg::Real.each().orKinds(VD_COMPLEX), arg::String}, 1, fft,
+     {.signature = "fft(data [, window])",
+      .summary = "The single-sided amplitude spectrum of real, evenly sampled data.",
+      .returns = "N/2 complex values per run in data's unit, over the complex frequencies (k·Δf, 0), k < N/2, "
+                 "in 1/(x unit) (Hz over time)",
+      .notes = "data is zero-padded to N, the next power of two, and multiplied (padding included) by a "
+               "window: Hann scaled to a mean of 1 unless window is 'hamming' or 'none' (any case); an "
+               "unknown name means Hann. Scaled by 2/N so a component on a bin reads its amplitude, the "
+               "DC term the mean; no Nyquist bin. Δf = 1/(N·(x[1] - x[0])): the step comes from the "
+               "first interval alone. The sign convention is e^(+2πi·jk/N). Complex data is refused.",
+      .example = "v = XY([0, 1, 0, -1, 0, 1, 0, -1], [0, 1, 2, 3, 4, 5, 6, 7]); mag(fft(v)); mag(fft(v, 'none'))"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace wavex {
@@ -35,6 +36,9 @@ struct Slot {
     bool multiple = false;
 };
 
+// The registry and the counter are shared by every interpreter and thread: each function holds
+// the lock for its whole call, so a table is never read while another call changes it.
+std::mutex registryLock;
 std::unique_ptr<std::vector<Slot>> registry;
 uint32_t handleCounter = 0;  // never reset: handles are unique in the process
 
@@ -47,9 +51,13 @@ Slot* findSlot(double handle) {
     return nullptr;
 }
 
-void deleteUserHashTables(void*) { registry.reset(); }
+void deleteUserHashTables(void*) {
+    std::lock_guard guard(registryLock);
+    registry.reset();
+}
 
 void deleteTemporaryUserHashTables(void*) {
+    std::lock_guard guard(registryLock);
     if (!registry) return;
     bool anyLeft = false;
     for (Slot& s : *registry) {
@@ -78,6 +86,7 @@ FUNC_ERROR stringResult(FuncResult* result, std::vector<StrElem> values) {
 }
 
 FUNC_ERROR hashCreate(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     if (!registry) {
         registry = std::make_unique<std::vector<Slot>>();
         registry->reserve(10);
@@ -95,6 +104,7 @@ FUNC_ERROR hashCreate(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashAdd(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     int64_t pairs = std::min(args.length(1), args.length(2));
     if (!slot || pairs == 0) return scalarResult(result, 0);
@@ -108,6 +118,7 @@ FUNC_ERROR hashAdd(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashSearch(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     int64_t keys = args.length(1);
     if (!slot || keys == 0) return stringResult(result, {});
@@ -133,6 +144,7 @@ FUNC_ERROR hashSearch(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashKeys(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     std::vector<StrElem> keys;
     if (Slot* slot = findSlot(args.scalar(0)))
         slot->table->forEach([&](const UserTable::Entry& e) { keys.emplace_back(e.key); });
@@ -140,6 +152,7 @@ FUNC_ERROR hashKeys(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashRemove(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     if (!slot) return scalarResult(result, 0);
     size_t removed = 0;
@@ -148,6 +161,7 @@ FUNC_ERROR hashRemove(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR hashDelete(WAVEX_HANDLER_PARAMS) {
+    std::lock_guard guard(registryLock);
     Slot* slot = findSlot(args.scalar(0));
     if (!slot) return scalarResult(result, 0);
     slot->table.reset();
@@ -155,12 +169,48 @@ FUNC_ERROR hashDelete(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kHashFunctions[] = {
-    {"HashAdd", {arg::Real, arg::String, arg::String}, 3, hashAdd},
-    {"HashCreate", {arg::String}, 0, hashCreate},
-    {"HashDelete", {arg::Real}, 1, hashDelete},
-    {"HashKeys", {arg::Real}, 1, hashKeys},
-    {"HashRemove", {arg::Real, arg::String}, 2, hashRemove},
-    {"HashSearch", {arg::Real, arg::String, arg::String}, 2, hashSearch},
+    {"HashAdd", {arg::Real, arg::String, arg::String}, 3, hashAdd,
+     {.signature = "HashAdd(table, keys, values)",
+      .summary = "Adds key/value pairs to a hash table made by HashCreate.",
+      .returns = "1 when pairs were added, 0 for an unknown table or no pairs",
+      .notes = "Pairs up to the shorter list are added; keys match ignoring case. An ordinary table keeps "
+               "one value per key (a later one replaces it), a 'multiple' table every pair.",
+      .example = "h = HashCreate(); HashAdd(h, ['R1', 'C1'], ['1k', '1u']); HashSearch(h, 'r1')"}},
+    {"HashCreate", {arg::String}, 0, hashCreate,
+     {.signature = "HashCreate([options])",
+      .summary = "Makes a string-to-string hash table and gives its handle.",
+      .returns = "one real: the new table's handle",
+      .notes = "The table lives outside any variable until HashDelete. Options (any case): 'multiple' "
+               "(or 'allowmultiple') keeps every value added under a key; 'temporary' deletes the table "
+               "at the end of the command line. Handles count from 1 and are never reused. A table has "
+               "a fixed 101 buckets.",
+      .example = "h = HashCreate(['multiple']); HashAdd(h, ['n', 'n'], ['a', 'b']); HashSearch(h, 'n')"}},
+    {"HashDelete", {arg::Real}, 1, hashDelete,
+     {.signature = "HashDelete(table)",
+      .summary = "Deletes a hash table.",
+      .returns = "1 when the table was deleted, 0 for an unknown handle",
+      .notes = "The handle then behaves as an unknown one.",
+      .example = "h = HashCreate(); HashDelete(h); HashDelete(h)"}},
+    {"HashKeys", {arg::Real}, 1, hashKeys,
+     {.signature = "HashKeys(table)",
+      .summary = "The keys of a hash table.",
+      .returns = "a string vector, in the table's bucket order; empty for an unknown handle",
+      .notes = "Keys come as they were added (case kept); a 'multiple' table lists a key once per pair.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b', 'a'], ['1', '2', '3']); Sort(HashKeys(h))"}},
+    {"HashRemove", {arg::Real, arg::String}, 2, hashRemove,
+     {.signature = "HashRemove(table, keys)",
+      .summary = "Removes every pair under the given keys from a hash table.",
+      .returns = "one real: how many pairs were removed (0 for an unknown handle)",
+      .notes = "Keys match ignoring case.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b'], ['1', '2']); HashRemove(h, ['A', 'z']); HashKeys(h)"}},
+    {"HashSearch", {arg::Real, arg::String, arg::String}, 2, hashSearch,
+     {.signature = "HashSearch(table, keys [, default])",
+      .summary = "The values of keys in a hash table.",
+      .returns = "a string vector",
+      .notes = "One key without a default: its value, or an empty vector when absent. Several keys, or a "
+               "default: one value per key, the default (or \"\") for a key not found. On a 'multiple' "
+               "table: every value of the first key, in the order added.",
+      .example = "h = HashCreate(); HashAdd(h, ['a', 'b'], ['1', '2']); HashSearch(h, ['b', 'x'], '?')"}},
 };
 const FuncFamily hashFamily(kHashFunctions);
 

@@ -176,7 +176,17 @@ FUNC_ERROR histogram(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Histogram", {arg::Real.joined(), arg::Real, arg::Real, arg::Real}, 2, histogram},
+    {"Histogram", {arg::Real.joined(), arg::Real, arg::Real, arg::Real}, 2, histogram,
+     {.signature = "Histogram(v, bins [, start [, end]])",
+      .summary = "How many values of v fall in each of a number of equal bins.",
+      .returns = "a real curve of counts (plain numbers) over x in v's unit: with the option HistoCurveStyle "
+                 "'Stepped' (default) two points per bin at its edges, else one at its centre",
+      .notes = "All runs are counted together (the spread of a Monte Carlo analysis). bins 0 takes the "
+               "option MCNumberOfBins, and when that is 0 too, ⌈√n⌉ for n finite values. start and end "
+               "default to the smallest and largest finite values; a value on an inner edge counts in the "
+               "bin above it, the last bin includes its end. NaN and values outside the range are not "
+               "counted.",
+      .example = "Histogram([4.95, 5.02, 4.98, 5.07, 5.01, 4.99, 5.03, 4.96, 5.00], 4)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -20,14 +20,6 @@
 namespace wavex {
 namespace {
 
-// Argument i as a whole number (truncated, kept within ±1e9), or nullopt when absent or NaN.
-std::optional<int> wholeArgument(const FuncArgs& args, int i) {
-    if (args.count() <= i) return std::nullopt;
-    double v = args.scalar(i);
-    if (std::isnan(v)) return std::nullopt;
-    return static_cast<int>(std::trunc(std::clamp(v, -1e9, 1e9)));
-}
-
 int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 
 // ---- Interp ----------------------------------------------------------------------------------
@@ -49,9 +41,9 @@ int defaultOrder() { return sp_GetIntOption("InterpOrder", 2); }
 // of the machine's memory.
 
 int interpOrder(const FuncArgs& args) {
-    int order = wholeArgument(args, 2).value_or(defaultOrder());
+    int64_t order = args.integer(2).value_or(defaultOrder());
     if (order == -1) return args.physType(0) == units::Digital ? 1 : 2;
-    return std::max(order, 1);
+    return static_cast<int>(std::clamp<int64_t>(order, 1, kMaxInterpOrder));
 }
 
 FUNC_ERROR interp(WAVEX_HANDLER_PARAMS) {
@@ -137,31 +129,23 @@ constexpr SearchOp kSearches[] = {
     {Search::YFromX, false},
 };
 
-consteval bool searchesComplete() {
-    if (std::size(kSearches) != static_cast<size_t>(Search::Count)) return false;
-    for (size_t i = 0; i < std::size(kSearches); ++i)
-        if (static_cast<size_t>(kSearches[i].op) != i) return false;
-    return true;
-}
-static_assert(searchesComplete(), "row i holds search i");
+static_assert(rowsInOrder(kSearches, &SearchOp::op), "row i holds search i");
 
 FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
                   Search op) {
     const SearchOp& o = kSearches[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return FUNC_FAILED;
     const double* y = args.data(0);
-    int order = wholeArgument(args, 2).value_or(0);
+    int64_t order = args.integer(2).value_or(0);
     InterpOpts opts{};
     opts.levelSearch = o.levelSearch;
-    opts.order = order > 0 ? order : defaultOrder() > 0 ? defaultOrder() : 2;
+    opts.order = order > 0 ? static_cast<int>(std::min<int64_t>(order, kMaxInterpOrder))
+                 : defaultOrder() > 0 ? defaultOrder() : 2;
     if (o.levelSearch) {
-        int direction = wholeArgument(args, 3).value_or(0);
+        int64_t direction = args.integer(3).value_or(0);
         opts.direction = (direction > 0) - (direction < 0);
     }
 
@@ -174,7 +158,7 @@ FUNC_ERROR search(const FuncArgs& args, FuncResult* result, const FuncInfo* info
     else result->setPhysType(args.physType(0), args.refPhysType(0));
     result->setType(VD_REAL, VD_NONE);
     double* out = result->makeReal(static_cast<int64_t>(values.size()), RESULT_RESHAPED, -1);
-    std::copy(values.reversed(), values.reversed() + values.size(), out);  // the head goes last
+    std::copy(values.oldestFirst(), values.oldestFirst() + values.size(), out);  // the head goes last
     return FUNC_OK;
 }
 
@@ -199,12 +183,9 @@ FUNC_ERROR searchHandler(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     std::vector<double> scratch1, scratch2;
-    const double* x1 = args.realRefData(0, scratch1);
-    const double* x2 = args.realRefData(1, scratch2);
-    if (!x1 || !x2) {
-        messages->error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED;
-    }
+    const double* x1 = args.neededRefData(0, scratch1, *info, *messages);
+    const double* x2 = x1 ? args.neededRefData(1, scratch2, *info, *messages) : nullptr;
+    if (!x2) return FUNC_FAILED;
     InterpOpts opts{};
     opts.levelSearch = 1;
     opts.order = 1;
@@ -213,7 +194,7 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
     YList<double> listB, listA;
     YList<long long> indices;
     support_FindYFromX(listB, indices, x2, args.data(1), args.length(1), args.scalar(3), opts);
-    const double* B = listB.reversed();  // filled from the end: the head in the last slot
+    const double* B = listB.oldestFirst();  // filled from the end: the head in the last slot
     const size_t nB = listB.size();
     support_FindYFromX(listA, indices, x1, args.data(0), args.length(0), args.scalar(2), opts);
     listA.reverse();  // walked from the head, A now runs as B is laid out
@@ -243,7 +224,8 @@ FUNC_ERROR propagationDelay(WAVEX_HANDLER_PARAMS) {
 //
 // XY(y, x): the curve of y's values over x's values; y unit from y, x unit and name from x's
 // y unit and name. The curve has y's length; where x is shorter its missing x values are NaN,
-// where it is longer its extra values are dropped.
+// where it is longer its extra values are dropped: a reference is as long as its data in the
+// vector model (every reader walks the two in step), so x cannot keep a length of its own.
 // XYOrdered(y, x): the same with the pairs sorted by ascending x (stable: equal x keep their
 // order; NaN x last). Lengths that differ give an empty result, without a message.
 
@@ -382,15 +364,82 @@ FUNC_ERROR coll(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Coll", {arg::Numeric.all()}, 1, coll},
-    {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp},
-    {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay},
-    {"Range", {arg::Curve.each().orKinds(VD_STRING), arg::Real, arg::Real}, 1, range},  // copies strings too
-    {"Ref", {arg::Numeric.each()}, 1, ref},
-    {"XFromY", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real}, 2, searchHandler<Search::XFromY>},
-    {"XY", {arg::Real.each(), arg::Real.each()}, 2, xy},
-    {"XYOrdered", {arg::Real.each(), arg::Real.each()}, 2, xyOrdered},
-    {"YFromX", {arg::Real.each(), arg::Real.each(), arg::Real}, 2, searchHandler<Search::YFromX>},
+    {"Coll", {arg::Numeric.all()}, 1, coll,
+     {.signature = "Coll(v)",
+      .summary = "The first point of each run of v, collected into one curve.",
+      .returns = "one curve of one value per run, real or complex as v, over the first x-value of each run "
+                 "(none when v has no x-values)",
+      .notes = "An empty run gives NaN. A vector of one run is returned as it is.",
+      .example = "m = makevec([2, 3]); NumDivisions(m); Coll(m)"}},
+    {"Interp", {arg::Real.each(), arg::Real, arg::Real, arg::Real}, 2, interp,
+     {.signature = "Interp(data, points [, order [, options]])",
+      .summary = "data resampled onto evenly spaced x-values.",
+      .returns = "a real curve per run over the new x-values, in data's units",
+      .notes = "points = [count (or spacing), first x, last x]; first and last default to the data's own. "
+               "options = [include end, points[0] is a spacing, ...], flags that count when not 0. By "
+               "default the count points run from first in steps of (last - first)/count, so last itself "
+               "is not one of them; set the first option to end on it. order defaults to the option "
+               "InterpOrder (2: quadratic); 1 is linear. Fewer than 2 points is an error.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); Interp(v, [2, 0, 4], 1); Interp(v, [3, 0, 4], 1, [1])"}},
+    {"PropagationDelay", {arg::Real.upTo(6)}, 4, propagationDelay,
+     {.signature = "PropagationDelay(signal1, signal2, level1, level2 [, edge])",
+      .summary = "Delays between edges of two signals, each edge found where its signal crosses its level.",
+      .returns = "a real curve of delays in signal1's x unit, over the x-values of the signal1 edges that "
+                 "were paired; empty when none pairs",
+      .notes = "Edges are linear crossings, rising when edge is absent or above 0, else falling. Each "
+               "signal is searched whole, all its runs as one curve. Pairing: with a cursor into "
+               "signal2's edges that never moves back, each signal1 edge a in turn skips the signal2 edges "
+               "at or after a and pairs with the next one left, giving its (negative) delay; so signal2 "
+               "must lead. A sixth argument is accepted and ignored.",
+      .example = "clk = XY([0, 1, 0, 1, 0, 1, 0], vector(7)); early = XY(clk, vector(7) - 0.25); "
+                 "PropagationDelay(clk, early, 0.5, 0.5)"}},
+    {"Range", {arg::Curve.each().orKinds(VD_STRING), arg::Real, arg::Real}, 1, range,
+     {.signature = "Range(v [, first [, last]])",
+      .summary = "The elements of v from index first to index last, both included.",
+      .returns = "a vector per run, real, complex or string as v, with the same stretch of its x-values and "
+                 "its units",
+      .notes = "Indices count from 0; first defaults to 0, last to the last element. A last before first, "
+               "or an index outside v, fails with \"Invalid range in 'Range()' function\".",
+      .example = "Range(XY([10, 11, 12, 13], [0, 1, 2, 3]), 1, 2)"}},
+    {"Ref", {arg::Numeric.each()}, 1, ref,
+     {.signature = "Ref(v)",
+      .summary = "The x-values of v as a vector.",
+      .returns = "a vector per run, real or complex as the x-values, in v's x unit, without x-values",
+      .notes = "v without x-values gives an empty result.",
+      .example = "Ref(XY([5, 6, 7], [0.1, 0.2, 0.4]))"}},
+    {"XFromY", {arg::Real.each(), arg::Real.each(), arg::Real, arg::Real}, 2, searchHandler<Search::XFromY>,
+     {.signature = "XFromY(data, level [, order [, direction]])",
+      .summary = "The x-values where data crosses a level.",
+      .returns = "real values per run in data's x unit, one per crossing in the order of the curve, without "
+                 "x-values; no crossing gives an empty result",
+      .notes = "Between points the crossing is found on the interpolating polynomial of order order, "
+               "default the option InterpOrder (2, quadratic; 0 or less also means it); order 1 is "
+               "straight-line interpolation. direction > 0 keeps rising crossings, < 0 falling ones, 0 "
+               "(default) all. A point exactly on the level counts once; a NaN breaks the curve.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); XFromY(v, 6); XFromY(v, 6, 1)"}},
+    {"XY", {arg::Real.each(), arg::Real.each()}, 2, xy,
+     {.signature = "XY(y, x)",
+      .summary = "The curve of y's values over x's values.",
+      .returns = "a real curve per run with y's length and unit; x unit and name from x",
+      .notes = "Where x is shorter than y the missing x-values are NaN; where longer, its extra values are "
+               "dropped. x is not sorted (see XYOrdered).",
+      .example = "XY([1, 4, 9], [1, 2, 3])"}},
+    {"XYOrdered", {arg::Real.each(), arg::Real.each()}, 2, xyOrdered,
+     {.signature = "XYOrdered(y, x)",
+      .summary = "The curve of y over x with the pairs sorted by ascending x.",
+      .returns = "a real curve per run, units as XY",
+      .notes = "The sort is stable (equal x keep their order) and puts NaN x last. y and x of different "
+               "lengths give an empty result, without a message.",
+      .example = "XYOrdered([30, 10, 20], [3, 1, 2])"}},
+    {"YFromX", {arg::Real.each(), arg::Real.each(), arg::Real}, 2, searchHandler<Search::YFromX>,
+     {.signature = "YFromX(data, x [, order])",
+      .summary = "The y-values of data at an x-value.",
+      .returns = "real values per run in data's unit, one for each place the x-values reach x (one for "
+                 "monotonic x), without x-values; x outside the data gives an empty result",
+      .notes = "The value comes from the interpolating polynomial of order order, default the option "
+               "InterpOrder (2, quadratic; 0 or less also means it); order 1 is straight-line "
+               "interpolation. No extrapolation.",
+      .example = "v = XY([0, 1, 4, 9, 16], [0, 1, 2, 3, 4]); YFromX(v, 2.5); YFromX(v, 2.5, 1)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -341,19 +341,14 @@ constexpr Operation kOperations[] = {
     {.op = Op::Atan2Deg, .name = "atan2_deg", .real = kRealPair<kAtan2Deg>, .unit = units::none2},
 };
 
-consteval bool tableIsComplete() {
-    if (std::size(kOperations) != static_cast<size_t>(Op::Count)) return false;
-    for (size_t i = 0; i < std::size(kOperations); ++i) {
-        const Operation& o = kOperations[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-        if (!o.real.has(0) && !o.complex.has(0)) return false;  // real operands always work
-        for (int pair = 0; pair < 4; ++pair)
-            if (o.real.has(pair) && o.complex.has(pair)) return false;  // one result kind per pair
-    }
+// Each row has a name, a kernel for two reals, and one result kind per pair of operand kinds.
+constexpr bool kernelsComplete(const Operation& o) {
+    if (!o.name || (!o.real.has(0) && !o.complex.has(0))) return false;
+    for (int pair = 0; pair < 4; ++pair)
+        if (o.real.has(pair) && o.complex.has(pair)) return false;
     return true;
 }
-static_assert(tableIsComplete(), "row i holds operation i, with a name, a kernel for two reals and one "
-                                 "result kind per pair of operand kinds");
+static_assert(rowsInOrder(kOperations, &Operation::op, kernelsComplete), "row i holds operation i, complete");
 
 // Runs the kernel of `pair`.
 template <class Out>
@@ -433,25 +428,139 @@ FUNC_ERROR comparison(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"_Plus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Plus>},
-    {"_Minus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Minus>},
-    {"_Times", {arg::Numeric, arg::Numeric}, 2, binary<Op::Times>},
-    {"_Divide", {arg::Numeric, arg::Numeric}, 2, binary<Op::Divide>},
-    {"_Power", {arg::Numeric, arg::Numeric}, 2, binary<Op::Power>},
-    {"_Eq", {arg::Any, arg::Any}, 2, comparison<Op::Eq, StringComparison::Equal>},
-    {"_Comma", {arg::Numeric, arg::Numeric}, 2, binary<Op::Comma>},
-    {"_Mod", {arg::Numeric, arg::Numeric}, 2, binary<Op::Mod>},
-    {"_Gt", {arg::Any, arg::Any}, 2, comparison<Op::Gt, StringComparison::Greater>},
-    {"_Lt", {arg::Any, arg::Any}, 2, comparison<Op::Lt, StringComparison::Less>},
-    {"_Ge", {arg::Any, arg::Any}, 2, comparison<Op::Ge, StringComparison::GreaterEqual>},
-    {"_Le", {arg::Any, arg::Any}, 2, comparison<Op::Le, StringComparison::LessEqual>},
-    {"_Ne", {arg::Any, arg::Any}, 2, comparison<Op::Ne, StringComparison::NotEqual>},
-    {"_And", {arg::Numeric, arg::Numeric}, 2, binary<Op::And>},
-    {"_Or", {arg::Numeric, arg::Numeric}, 2, binary<Op::Or>},
-    {"max", {arg::Numeric, arg::Numeric}, 2, binary<Op::Max>},
-    {"min", {arg::Numeric, arg::Numeric}, 2, binary<Op::Min>},
-    {"atan2", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2>, kPointwise},
-    {"atan2_deg", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2Deg>, kPointwise},
+    {"_Plus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Plus>,
+     {.signature = "a + b (_Plus)",
+      .summary = "The element-wise sum.",
+      .returns = "real, or complex when either operand is; over a's x-values (else b's); the "
+                 "operands' common unit",
+      .notes = "Equal lengths pair element by element and a single value is repeated against a "
+               "vector; any other pair of lengths gives an empty result without a message. The same "
+               "holds for every binary operator.",
+      .example = "XY([1, 2], [0, 1]) + 10; [1, 2] + [10, 20]"}},
+    {"_Minus", {arg::Numeric, arg::Numeric}, 2, binary<Op::Minus>,
+     {.signature = "a - b (_Minus)",
+      .summary = "The element-wise difference.",
+      .returns = "real, or complex when either operand is; over a's x-values (else b's); the "
+                 "operands' common unit",
+      .notes = "Lengths pair as for +.",
+      .example = "[5, 3] - [1, 1]; 1 - (0, 1)"}},
+    {"_Times", {arg::Numeric, arg::Numeric}, 2, binary<Op::Times>,
+     {.signature = "a * b (_Times)",
+      .summary = "The element-wise product.",
+      .returns = "real, or complex when either operand is; over a's x-values (else b's); the "
+                 "product of the units (V·A is W)",
+      .notes = "Lengths pair as for +.",
+      .example = "[1, 2, 3] * 2; (1, 2) * (3, -1)"}},
+    {"_Divide", {arg::Numeric, arg::Numeric}, 2, binary<Op::Divide>,
+     {.signature = "a / b (_Divide)",
+      .summary = "The element-wise quotient.",
+      .returns = "real, or complex when either operand is; over a's x-values (else b's); the "
+                 "quotient of the units",
+      .notes = "A divisor of exactly 0 fails the call with \"Divide by zero\" (no inf). Complex "
+               "division is scaled so that it does not overflow or underflow needlessly.",
+      .example = "[1, 2, 3] / 2; (1, 1) / (0, 2)"}},
+    {"_Power", {arg::Numeric, arg::Numeric}, 2, binary<Op::Power>,
+     {.signature = "a ^ b (_Power)",
+      .summary = "a raised to the power b, element by element.",
+      .returns = "real, or complex when either operand is; over a's x-values (else b's); unit "
+                 "unknown",
+      .notes = "Fails with \"Arguments out of range for '^' operator\" for a real a < 0 with a "
+               "fractional b (use a complex a for the complex root) and for 0 to a negative power. "
+               "Whole complex powers up to ±1024 are exact.",
+      .example = "2 ^ [0.5, 10]; (0, 1) ^ 2"}},
+    {"_Eq", {arg::Any, arg::Any}, 2, comparison<Op::Eq, StringComparison::Equal>,
+     {.signature = "a == b (_Eq)",
+      .summary = "1 where the elements are equal, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "Complex values are equal when both parts are; NaN equals nothing. Two strings "
+               "compare ignoring ASCII letter case, element by element, and must be of equal length "
+               "(\"Arguments for string comparison must be the same length\"); a string against a "
+               "number gives an empty result.",
+      .example = "[1, 2, 3] == [1, 5, 3]; \"abc\" == \"ABC\""}},
+    {"_Comma", {arg::Numeric, arg::Numeric}, 2, binary<Op::Comma>,
+     {.signature = "(re, im) (_Comma)",
+      .summary = "The complex number re + i·im, element by element.",
+      .returns = "complex, over re's x-values (else im's); the operands' common unit",
+      .notes = "How complex constants are written: (0, 1) is i. Either part may be a vector.",
+      .example = "(1, -2); (2, [0, 1])"}},
+    {"_Mod", {arg::Numeric, arg::Numeric}, 2, binary<Op::Mod>,
+     {.signature = "a % b (_Mod)",
+      .summary = "The remainder of the whole parts of the magnitudes of a and b.",
+      .returns = "real, never negative, over a's x-values (else b's); unit unknown",
+      .notes = "floor|a| mod floor|b|: both operands lose their sign and fraction first, so -10 % 3 "
+               "is 1 and 10.9 % 4.5 is 2. floor|b| = 0 fails with \"Divide by zero\"; |a| or |b| "
+               "of 2147483647 or more is out of range. Real operands only.",
+      .example = "[10, -10, 10.9] % [3, 3, 4.5]"}},
+    {"_Gt", {arg::Any, arg::Any}, 2, comparison<Op::Gt, StringComparison::Greater>,
+     {.signature = "a > b (_Gt)",
+      .summary = "1 where a is greater than b, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "Real operands (complex are refused); NaN compares false. Two strings compare as "
+               "text ignoring ASCII letter case, as for ==.",
+      .example = "[1, 2, 3] > 2; \"b\" > \"A\""}},
+    {"_Lt", {arg::Any, arg::Any}, 2, comparison<Op::Lt, StringComparison::Less>,
+     {.signature = "a < b (_Lt)",
+      .summary = "1 where a is less than b, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "As for >: real operands, NaN false, strings ignoring letter case.",
+      .example = "[1, 2, 3] < 2; \"apple\" < \"Banana\""}},
+    {"_Ge", {arg::Any, arg::Any}, 2, comparison<Op::Ge, StringComparison::GreaterEqual>,
+     {.signature = "a >= b (_Ge)",
+      .summary = "1 where a is greater than or equal to b, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "As for >: real operands, NaN false, strings ignoring letter case.",
+      .example = "[1, 2, 3] >= 2"}},
+    {"_Le", {arg::Any, arg::Any}, 2, comparison<Op::Le, StringComparison::LessEqual>,
+     {.signature = "a <= b (_Le)",
+      .summary = "1 where a is less than or equal to b, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "As for >: real operands, NaN false, strings ignoring letter case.",
+      .example = "[1, 2, 3] <= 2"}},
+    {"_Ne", {arg::Any, arg::Any}, 2, comparison<Op::Ne, StringComparison::NotEqual>,
+     {.signature = "a != b (_Ne)",
+      .summary = "1 where the elements differ, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers, over a's x-values (else b's)",
+      .notes = "The negation of ==: complex values compare both parts, NaN differs from "
+               "everything, strings compare ignoring letter case.",
+      .example = "[1, 2, 3] != 2; \"x\" != \"X\""}},
+    {"_And", {arg::Numeric, arg::Numeric}, 2, binary<Op::And>,
+     {.signature = "a && b (_And)",
+      .summary = "Logical and, element by element: 1 where both are true, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers",
+      .notes = "Only an exact 0 is false; NaN is true. Real operands only.",
+      .example = "[0, 1, NaN] && 1"}},
+    {"_Or", {arg::Numeric, arg::Numeric}, 2, binary<Op::Or>,
+     {.signature = "a || b (_Or)",
+      .summary = "Logical or, element by element: 1 where either is true, else 0.",
+      .returns = "a real vector of 1 and 0, plain numbers",
+      .notes = "Only an exact 0 is false; NaN is true. Real operands only.",
+      .example = "[0, 0, 2] || [0, 3, 0]"}},
+    {"max", {arg::Numeric, arg::Numeric}, 2, binary<Op::Max>,
+     {.signature = "max(a, b)",
+      .summary = "The larger of a and b, element by element.",
+      .returns = "real, without x-values; the operands' common unit",
+      .notes = "Two arguments only (MaxN takes up to 32). Real operands only. A single value is "
+               "repeated against a vector. max(NaN, b) is b.",
+      .example = "max([1, 5, NaN], [3, 2, 4]); max([1, 5], 3)"}},
+    {"min", {arg::Numeric, arg::Numeric}, 2, binary<Op::Min>,
+     {.signature = "min(a, b)",
+      .summary = "The smaller of a and b, element by element.",
+      .returns = "real, without x-values; the operands' common unit",
+      .notes = "Two arguments only (MinN takes up to 32). Real operands only. A single value is "
+               "repeated against a vector. Unlike max, min(NaN, b) is NaN.",
+      .example = "min([1, 5], 3)"}},
+    {"atan2", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2>, kPointwise,
+     {.signature = "atan2(y, x)",
+      .summary = "The angle of the point (x, y) in radians, over the full circle.",
+      .returns = "a real curve per run, in (-π, π], plain numbers, over y's x-values (else x's)",
+      .notes = "Note the order: y first. Real arguments only.",
+      .example = "atan2([1, 0, -1], [0, -1, 0])"}},
+    {"atan2_deg", {arg::Real.each(), arg::Real.each()}, 2, binary<Op::Atan2Deg>, kPointwise,
+     {.signature = "atan2_deg(y, x)",
+      .summary = "The angle of the point (x, y) in degrees, over the full circle.",
+      .returns = "a real curve per run, in (-180, 180], plain numbers, over y's x-values (else x's)",
+      .notes = "Note the order: y first. Real arguments only.",
+      .example = "atan2_deg([1, 1, -1], [1, -1, 0])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -23,7 +23,9 @@ const MakeOption newModelLifetime(__FILE__, __LINE__, "NewModelLifetime", int32_
 // MessageBox and InputBox at a terminal: 1 prints and asks there, 0 returns the defaults at once
 // (unattended runs started from a terminal).
 const MakeOption dialogsAtTerminal(__FILE__, __LINE__, "DialogsAtTerminal", int32_t{1}, OPTION_CACHE_NONE, true);
-// Style sheets of the statistical-analysis reports.
+// Style sheets of the statistical-analysis reports. Recorded only: the reports are not part of
+// the library and nothing here reads them; they are declared so that scripts and command lines
+// that set them keep working.
 const MakeOption sensitivityCss(__FILE__, __LINE__, "SensitivityCss", std::string("%SHAREPATH%/html/css/msw.css"),
                                 OPTION_CACHE_NONE, true, true, false);
 const MakeOption worstCaseCss(__FILE__, __LINE__, "WorstCaseCss", std::string("%SHAREPATH%/html/css/msw.css"),

@@ -47,24 +47,16 @@ constexpr IntegralOp kIntegrals[] = {
      [](PhysType y, PhysType x) { return units::sqrt(units::mult(units::mult(y, y), x)); }},
 };
 
-consteval bool integralsComplete() {
-    if (std::size(kIntegrals) != static_cast<size_t>(Integral::Count)) return false;
-    for (size_t i = 0; i < std::size(kIntegrals); ++i)
-        if (static_cast<size_t>(kIntegrals[i].op) != i || !kIntegrals[i].value || !kIntegrals[i].unit) return false;
-    return true;
-}
-static_assert(integralsComplete(), "row i holds integral i, with its value and unit rules");
+static_assert(rowsInOrder(kIntegrals, &IntegralOp::op, [](const IntegralOp& c) { return c.value && c.unit; }),
+              "row i holds integral i, with its value and unit rules");
 
 FUNC_ERROR rangeIntegral(const FuncArgs& args, FuncResult* result, const FuncInfo* info, MessageHandler& messages,
                          Integral op) {
     const IntegralOp& o = kIntegrals[static_cast<size_t>(op)];
     const int64_t n = args.length(0);
     std::vector<double> scratch;
-    const double* x = args.realRefData(0, scratch);
-    if (!x) {
-        messages.error(FuncArgs::kNoReferenceMessage, 1, info->name);
-        return FUNC_FAILED_RANGE;
-    }
+    const double* x = args.neededRefData(0, scratch, *info, messages);
+    if (!x) return FUNC_FAILED_RANGE;
     RangeIntegral r = support_RangeIntegral(args.data(0), x, n, args.optionalScalar(1), args.optionalScalar(2),
                                             o.mode);
     result->setPhysType(o.unit(args.physType(0), args.refPhysType(0)), units::NoRef);
@@ -107,13 +99,8 @@ constexpr ExtremeOp kExtremes[] = {
     {Extreme::Minimum, DBL_MAX, [](double v, double best) { return v < best; }},
 };
 
-consteval bool extremesComplete() {
-    if (std::size(kExtremes) != static_cast<size_t>(Extreme::Count)) return false;
-    for (size_t i = 0; i < std::size(kExtremes); ++i)
-        if (static_cast<size_t>(kExtremes[i].op) != i || !kExtremes[i].better) return false;
-    return true;
-}
-static_assert(extremesComplete(), "row i holds extreme i");
+static_assert(rowsInOrder(kExtremes, &ExtremeOp::op, [](const ExtremeOp& c) { return c.better != nullptr; }),
+              "row i holds extreme i");
 
 inline double magnitude(double v) { return v; }
 inline double magnitude(const Complex& z) { return std::abs(z); }
@@ -230,13 +217,7 @@ constexpr AllEqualOp kAllEqual[] = {
     {AllEqual::Zeros, 0.0},
 };
 
-consteval bool allEqualComplete() {
-    if (std::size(kAllEqual) != static_cast<size_t>(AllEqual::Count)) return false;
-    for (size_t i = 0; i < std::size(kAllEqual); ++i)
-        if (static_cast<size_t>(kAllEqual[i].op) != i) return false;
-    return true;
-}
-static_assert(allEqualComplete(), "row i holds test i");
+static_assert(rowsInOrder(kAllEqual, &AllEqualOp::op), "row i holds test i");
 
 FUNC_ERROR allEqual(const FuncArgs& args, FuncResult* result, AllEqual op) {
     const double value = kAllEqual[static_cast<size_t>(op)].value;
@@ -256,15 +237,74 @@ FUNC_ERROR allEqualHandler(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Locate", {arg::Real, arg::Real}, 2, locateHandler},
-    {"Maximum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Maximum>},
-    {"Mean1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::Mean1>},
-    {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>},
-    {"Ones", {arg::Real}, 1, allEqualHandler<AllEqual::Ones>},
-    {"RMS1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RMS1>},
-    {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
-    {"SumNoise", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RootSumOfSquares>},
-    {"Zeros", {arg::Real}, 1, allEqualHandler<AllEqual::Zeros>},
+    {"Locate", {arg::Real, arg::Real}, 2, locateHandler,
+     {.signature = "Locate(v, value)",
+      .summary = "The index of the interval of a monotonic vector that holds a value, by bisection.",
+      .returns = "one real index i with v[i] <= value < v[i+1] (mirrored for a falling v), no x-values",
+      .notes = "v is taken as rising when v[0] < its last value, else falling. A value before the first "
+               "element gives -1, one at or beyond the last gives length - 1; a vector of one value "
+               "gives 0, an empty one an empty result. v is not checked for order.",
+      .example = "Locate([1, 2, 4, 8, 16], 5); Locate([1, 2, 4, 8, 16], 0.5)"}},
+    {"Maximum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Maximum>,
+     {.signature = "Maximum(v [, start [, end]])",
+      .summary = "The largest value of v between two x-values, at its x-value.",
+      .returns = "one value per run, in v's unit, over the one x-value where it occurs",
+      .notes = "Only points with start <= x <= end count (start and end default to the ends of the data; "
+               "no interpolation). The first of equal maxima wins; NaN never does. Complex values "
+               "compare and are reported by magnitude. No point in the stretch gives an empty result.",
+      .example = "Maximum(XY([0, 3, 1, 5, 2], [0, 1, 2, 3, 4])); Maximum(XY([0, 3, 1, 5, 2], [0, 1, 2, 3, 4]), 0, 2)"}},
+    {"Mean1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::Mean1>,
+     {.signature = "Mean1(v [, start [, end]])",
+      .summary = "The mean of v over x between two x-values: the trapezoid integral over the span.",
+      .returns = "one real value per run, in v's unit, without x-values",
+      .notes = "start and end default to the ends of the data. Ends that fall between samples take their "
+               "y by quadratic interpolation (order 2), then the stretch is integrated by trapezoids. A "
+               "start before the data or an end beyond it is cut to the data; a start beyond the data "
+               "reports \"out of range\" and gives an empty result; start after end, or equal to it, "
+               "fails. v needs x-values.",
+      .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); Mean1(v); Mean1(v, 0.5, 3)"}},
+    {"Minimum", {arg::Numeric.each(), arg::Real, arg::Real}, 1, extremeHandler<Extreme::Minimum>,
+     {.signature = "Minimum(v [, start [, end]])",
+      .summary = "The smallest value of v between two x-values, at its x-value.",
+      .returns = "one value per run, in v's unit, over the one x-value where it occurs",
+      .notes = "As Maximum, mirrored: the first of equal minima wins, NaN never does, complex values "
+               "compare by magnitude, no interpolation at the ends.",
+      .example = "Minimum(XY([4, 3, 1, 5, 1], [0, 1, 2, 3, 4]))"}},
+    {"Ones", {arg::Real}, 1, allEqualHandler<AllEqual::Ones>,
+     {.signature = "Ones(v)",
+      .summary = "1 when every element of v is 1, else 0.",
+      .returns = "one real value, 1 or 0",
+      .notes = "All runs are tested together; an empty vector gives 1.",
+      .example = "Ones(unitvec(3)); Ones([1, 1, 0])"}},
+    {"RMS1", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1, integralHandler<Integral::RMS1>,
+     {.signature = "RMS1(v [, start [, end]])",
+      .summary = "The RMS of v over x between two x-values.",
+      .returns = "one real value per run, in v's unit, without x-values",
+      .notes = "√(∫v² dx / span): each piece is the exact integral of the square of the straight line "
+               "between two points. Ends between samples are interpolated quadratically (order 2), as "
+               "for Mean1, with the same messages.",
+      .example = "v = XY([0, 2, 4, 2, 0], [0, 1, 2, 3, 4]); RMS1(v); RMS1(v, 1, 3)"}},
+    {"RootSumOfSquares", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1,
+     integralHandler<Integral::RootSumOfSquares>,
+     {.signature = "RootSumOfSquares(v [, start [, end]])",
+      .summary = "The root of the integral of v² over x between two x-values.",
+      .returns = "one real value per run without x-values, in √(v's unit² × x unit) (V²/Hz over Hz: V)",
+      .notes = "√(∫v² dx), the pieces and the end interpolation of RMS1, not divided by the span: the "
+               "total noise of a noise density. Same as SumNoise.",
+      .example = "RootSumOfSquares(XY([1, 1, 1], [0, 2, 4]))"}},
+    {"SumNoise", {arg::Real.each(), arg::Real.each(), arg::Real.each()}, 1,
+     integralHandler<Integral::RootSumOfSquares>,
+     {.signature = "SumNoise(v [, start [, end]])",
+      .summary = "Same as RootSumOfSquares: the root of the integral of v² over x.",
+      .returns = "one real value per run without x-values, in √(v's unit² × x unit)",
+      .notes = "Used on a noise density over frequency it gives the total noise in the band.",
+      .example = "SumNoise(XY([2, 2, 2], [0, 50, 100]), 0, 25)"}},
+    {"Zeros", {arg::Real}, 1, allEqualHandler<AllEqual::Zeros>,
+     {.signature = "Zeros(v)",
+      .summary = "1 when every element of v is 0, else 0.",
+      .returns = "one real value, 1 or 0",
+      .notes = "All runs are tested together; an empty vector gives 1.",
+      .example = "Zeros(makevec(3)); Zeros([0, 2])"}},
 };
 
 const FuncFamily family(kFunctions);

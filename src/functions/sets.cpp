@@ -44,12 +44,7 @@ constexpr SetRow kSetOps[] = {
     {SetOp::SymmetricDifference, {{0, Keep::NotInOther}, {1, Keep::NotInOther}}, 2},
 };
 
-consteval bool rowsInOrder() {
-    for (size_t i = 0; i < std::size(kSetOps); ++i)
-        if (static_cast<size_t>(kSetOps[i].op) != i) return false;
-    return std::size(kSetOps) == static_cast<size_t>(SetOp::Count);
-}
-static_assert(rowsInOrder(), "kSetOps: row i must hold operation i");
+static_assert(rowsInOrder(kSetOps, &SetRow::op), "row i holds operation i");
 
 using StringSet = ChainedHashTable<bool, std::string_view>;
 
@@ -96,10 +91,31 @@ FUNC_ERROR setFunction(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"SetUnion", {arg::String, arg::String}, 1, setFunction<SetOp::Union>, kWholeArgument},
-    {"SetIntersect", {arg::String, arg::String}, 2, setFunction<SetOp::Intersect>, kWholeArgument},
-    {"SetDifference", {arg::String, arg::String}, 2, setFunction<SetOp::Difference>, kWholeArgument},
-    {"SetSymmetricDifference", {arg::String, arg::String}, 2, setFunction<SetOp::SymmetricDifference>, kWholeArgument},
+    {"SetUnion", {arg::String, arg::String}, 1, setFunction<SetOp::Union>, kWholeArgument,
+     {.signature = "SetUnion(a [, b])",
+      .summary = "The strings of a, then those of b not yet seen, each once.",
+      .returns = "a string vector without x-values; empty when both are",
+      .notes = "Strings that differ only in ASCII letter case count as one, kept in the spelling "
+               "met first. With a alone: a without its repeats.",
+      .example = "SetUnion([\"a\", \"B\", \"b\"], [\"c\", \"A\"])"}},
+    {"SetIntersect", {arg::String, arg::String}, 2, setFunction<SetOp::Intersect>, kWholeArgument,
+     {.signature = "SetIntersect(a, b)",
+      .summary = "The strings of b that also occur in a, each once.",
+      .returns = "a string vector without x-values; empty when none are shared",
+      .notes = "In b's order and b's spelling; letter case (ASCII) is ignored.",
+      .example = "SetIntersect([\"a\", \"b\", \"c\"], [\"C\", \"d\", \"A\"])"}},
+    {"SetDifference", {arg::String, arg::String}, 2, setFunction<SetOp::Difference>, kWholeArgument,
+     {.signature = "SetDifference(a, b)",
+      .summary = "The strings of a that do not occur in b, each once.",
+      .returns = "a string vector without x-values; empty when nothing is left",
+      .notes = "In a's order; letter case (ASCII) is ignored.",
+      .example = "SetDifference([\"a\", \"b\", \"c\", \"a\"], [\"B\"])"}},
+    {"SetSymmetricDifference", {arg::String, arg::String}, 2, setFunction<SetOp::SymmetricDifference>, kWholeArgument,
+     {.signature = "SetSymmetricDifference(a, b)",
+      .summary = "The strings in exactly one of a and b, each once.",
+      .returns = "a string vector without x-values; empty when a and b hold the same strings",
+      .notes = "Those of a first, then those of b; letter case (ASCII) is ignored.",
+      .example = "SetSymmetricDifference([\"a\", \"b\"], [\"B\", \"c\"])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -45,10 +45,6 @@
 namespace wavex {
 namespace {
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
 std::string_view text(const StrElem& s) { return s ? std::string_view(*s) : std::string_view(); }
 
 // ---- Radix sort ------------------------------------------------------------------------------------
@@ -191,7 +187,7 @@ FUNC_ERROR sort(WAVEX_HANDLER_PARAMS) {
     const StrElem* s = args.stringData(0);
     StringKeys keys(s, static_cast<size_t>(n));
     std::vector<Keyed> order = stringOrder(keys, static_cast<size_t>(n), false);
-    if (iequals(first(args, 1), "unique")) {
+    if (iequals(args.string(1), "unique")) {
         // Equal strings are adjacent, the first occurrence leading its run.
         auto last = std::unique(order.begin(), order.end(), [&](const Keyed& a, const Keyed& b) {
             return a.key == b.key && keys[a.position] == keys[b.position];
@@ -207,7 +203,7 @@ FUNC_ERROR sort(WAVEX_HANDLER_PARAMS) {
 // `largestFirst`: the default order of numbers (SortIdx true, SortIdx2 false).
 template <bool largestFirst>
 FUNC_ERROR sortIdx(WAVEX_HANDLER_PARAMS) {
-    bool reverse = iequals(first(args, 1), "reverse");
+    bool reverse = iequals(args.string(1), "reverse");
     auto n = static_cast<size_t>(args.length(0));
     if (tooManyToSort(args.length(0), info, *messages)) return FUNC_FAILED;
     bool numbersDescending = reverse != largestFirst;
@@ -232,7 +228,7 @@ FUNC_ERROR sortIdx(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR search(WAVEX_HANDLER_PARAMS) {
     bool path = false, count = false;
-    for (int64_t k = given(args, 2) ? args.length(2) : 0; k-- > 0;) {
+    for (int64_t k = args.has(2) ? args.length(2) : 0; k-- > 0;) {
         std::string_view word = args.string(2, static_cast<size_t>(k));
         if (iequals(word, "Path")) path = true;
         else if (iequals(word, "count")) count = true;
@@ -315,11 +311,43 @@ FUNC_ERROR mapArray(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Sort", {arg::String, arg::String}, 1, sort},
-    {"SortIdx", {arg::Any, arg::String}, 1, sortIdx<true>},
-    {"SortIdx2", {arg::Any, arg::String}, 1, sortIdx<false>},
-    {"Search", {arg::String, arg::String, arg::String}, 2, search},
-    {"MapArray", {arg::Any, arg::Real}, 2, mapArray},
+    {"Sort", {arg::String, arg::String}, 1, sort,
+     {.signature = "Sort(strings [, 'unique'])",
+      .summary = "The strings in ascending order, ignoring the case of ASCII letters.",
+      .returns = "a string vector",
+      .notes = "Byte by byte after lower-casing, a string before its extensions; the sort is stable. With "
+               "'unique' (any case) only the first of strings equal but for case is kept. There is no "
+               "descending order; other option words are ignored.",
+      .example = "Sort(['b', 'A', 'a', 'ab']); Sort(['b', 'A', 'a', 'ab'], 'unique')"}},
+    {"SortIdx", {arg::Any, arg::String}, 1, sortIdx<true>,
+     {.signature = "SortIdx(v [, 'reverse'])",
+      .summary = "The 0-based positions that put v in order: numbers largest first, strings ascending.",
+      .returns = "real positions, as many as v has elements",
+      .notes = "Numbers go largest first by default and smallest first with 'reverse' (the opposite of "
+               "SortIdx2); strings ascend ignoring case, and descend with 'reverse'. Complex values "
+               "compare by magnitude; NaN comes last either way; ties keep their input order.",
+      .example = "SortIdx([3, 1, 2]); SortIdx([3, 1, 2], 'reverse')"}},
+    {"SortIdx2", {arg::Any, arg::String}, 1, sortIdx<false>,
+     {.signature = "SortIdx2(v [, 'reverse'])",
+      .summary = "The 0-based positions that put v in ascending order.",
+      .returns = "real positions, as many as v has elements",
+      .notes = "Numbers and strings ascend by default and descend with 'reverse'. As SortIdx otherwise.",
+      .example = "SortIdx2([3, 1, 2]); SortIdx2(['b', 'C', 'a'])"}},
+    {"Search", {arg::String, arg::String, arg::String}, 2, search,
+     {.signature = "Search(haystack, sought [, options])",
+      .summary = "The position of each sought string in a string vector, ignoring case.",
+      .returns = "real values: for one sought string its first position or -1; for several the first "
+                 "position of each, or -1",
+      .notes = "options (any case): 'count' gives instead how many of the sought strings were found; "
+               "'path' compares strings as file names.",
+      .example = "Search(['R1', 'C1', 'L1'], ['c1', 'Q1']); Search(['R1', 'C1', 'L1'], ['c1', 'Q1'], 'count')"}},
+    {"MapArray", {arg::Any, arg::Real}, 2, mapArray,
+     {.signature = "MapArray(values, positions)",
+      .summary = "A vector with each value written at its position.",
+      .returns = "a vector as long as the largest position plus one, real or string as values",
+      .notes = "Positions are truncated; a negative or NaN one writes nothing, and a later value replaces "
+               "an earlier one. Elements not written are -1 (numbers) or \"\" (strings).",
+      .example = "MapArray([10, 20, 30], [2, 0, 4])"}},
 };
 
 const FuncFamily family(kFunctions);

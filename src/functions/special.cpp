@@ -405,15 +405,8 @@ constexpr SingleOperation kSingle[] = {
     {.op = Single::Erfc, .name = "erfc", .real = map<erfcElement, double>, .unit = units::unknown},
 };
 
-consteval bool singleTableIsComplete() {
-    if (std::size(kSingle) != static_cast<size_t>(Single::Count)) return false;
-    for (size_t i = 0; i < std::size(kSingle); ++i) {
-        const SingleOperation& o = kSingle[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-    }
-    return true;
-}
-static_assert(singleTableIsComplete(), "row i holds operation i, with its name");
+static_assert(rowsInOrder(kSingle, &SingleOperation::op, [](const SingleOperation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its name");
 
 FUNC_ERROR single(const FuncArgs& args, FuncResult* result, Single op, MessageHandler& messages) {
     const SingleOperation& o = kSingle[static_cast<size_t>(op)];
@@ -470,15 +463,8 @@ constexpr PairOperation kPairs[] = {
     {.op = Pair::ChiSquare, .name = "chisquare", .kernel = mapPairs<chiSquareElement>, .unit = units::unknown2},
 };
 
-consteval bool pairTableIsComplete() {
-    if (std::size(kPairs) != static_cast<size_t>(Pair::Count)) return false;
-    for (size_t i = 0; i < std::size(kPairs); ++i) {
-        const PairOperation& o = kPairs[i];
-        if (static_cast<size_t>(o.op) != i || !o.name) return false;
-    }
-    return true;
-}
-static_assert(pairTableIsComplete(), "row i holds operation i, with its name");
+static_assert(rowsInOrder(kPairs, &PairOperation::op, [](const PairOperation& c) { return c.name != nullptr; }),
+              "row i holds operation i, with its name");
 
 FUNC_ERROR pair(const FuncArgs& args, FuncResult* result, Pair op, MessageHandler& messages) {
     const PairOperation& o = kPairs[static_cast<size_t>(op)];
@@ -512,13 +498,59 @@ FUNC_ERROR pairHandler(WAVEX_HANDLER_PARAMS) {
 
 constexpr FuncInfo kFunctions[] = {
     // name, argument types, min, max, handler, per-division flags, options
-    {"lgamma", {arg::Numeric.each()}, 1, singleHandler<Single::LnGamma>, kPointwise},
-    {"gamma", {arg::Numeric.each()}, 1, singleHandler<Single::Gamma>, kPointwise},
-    {"erf", {arg::Numeric.each()}, 1, singleHandler<Single::Erf>, kPointwise},
-    {"erfc", {arg::Numeric.each()}, 1, singleHandler<Single::Erfc>, kPointwise},
-    {"gammp", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammp>, kPointwise},
-    {"gammq", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammq>, kPointwise},
-    {"chisquare", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::ChiSquare>, kPointwise},
+    {"lgamma", {arg::Numeric.each()}, 1, singleHandler<Single::LnGamma>, kPointwise,
+     {.signature = "lgamma(x)",
+      .summary = "The logarithm of the magnitude of Γ(x), with the sign of Γ as a complex "
+                 "part.",
+      .returns = "a complex curve per run over x's x-values, unit unknown",
+      .notes = "ln of the magnitude of Γ(x): where Γ(x) > 0 the value is the real part; where Γ(x) < 0 it is the imaginary part "
+               "(real part 0). x = 0, a negative integer or x > 2.53e305 fails with \"Argument out "
+               "of range\". Real x only.",
+      .example = "lgamma([3, -0.5, 100])"}},
+    {"gamma", {arg::Numeric.each()}, 1, singleHandler<Single::Gamma>, kPointwise,
+     {.signature = "gamma(x)",
+      .summary = "The gamma function Γ(x); Γ(n) = (n - 1)!.",
+      .returns = "a real curve per run over x's x-values, unit unknown",
+      .notes = "x = 0 or a negative integer fails with \"Argument out of range\"; x above about "
+               "171.6 with \"Overflow in function 'gamma'\". Real x only.",
+      .example = "gamma([5, 0.5, -1.5])"}},
+    {"erf", {arg::Numeric.each()}, 1, singleHandler<Single::Erf>, kPointwise,
+     {.signature = "erf(x)",
+      .summary = "The error function erf(x) = 2/√π ∫₀ˣ e^(-t²) dt.",
+      .returns = "a real curve per run in [-1, 1] over x's x-values, unit unknown",
+      .notes = "Real x only; |x| > 2.53e305 is out of range.",
+      .example = "erf([0, 0.5, -2])"}},
+    {"erfc", {arg::Numeric.each()}, 1, singleHandler<Single::Erfc>, kPointwise,
+     {.signature = "erfc(x)",
+      .summary = "The complementary error function 1 - erf(x).",
+      .returns = "a real curve per run in [0, 2] over x's x-values, unit unknown",
+      .notes = "Computed directly, so the small tail for large x keeps its precision. Real x only.",
+      .example = "erfc([0, 1, 5])"}},
+    {"gammp", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammp>, kPointwise,
+     {.signature = "gammp(a, x)",
+      .summary = "The regularised lower incomplete gamma function P(a, x) = γ(a, x)/Γ(a).",
+      .returns = "a real curve per run in [0, 1], over the longer argument's x-values (a's when "
+                 "both have them), unit unknown",
+      .notes = "a <= 0 or x < 0 fails with \"Argument out of range\". A single value is repeated "
+               "against a vector; two other unequal lengths give an empty result. Real arguments "
+               "only; a beyond about 10^7 may fail to converge.",
+      .example = "gammp(2, [0, 1, 5])"}},
+    {"gammq", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::Gammq>, kPointwise,
+     {.signature = "gammq(a, x)",
+      .summary = "The regularised upper incomplete gamma function Q(a, x) = 1 - P(a, x).",
+      .returns = "a real curve per run in [0, 1], over the longer argument's x-values (a's when "
+                 "both have them), unit unknown",
+      .notes = "The same domain and pairing as gammp; the small tail for large x keeps its "
+               "precision.",
+      .example = "gammq(2, [0, 1, 5])"}},
+    {"chisquare", {arg::Numeric.each(), arg::Numeric.each()}, 2, pairHandler<Pair::ChiSquare>, kPointwise,
+     {.signature = "chisquare(chi2, dof)",
+      .summary = "The chi-square distribution function: the probability that χ² with dof degrees "
+                 "of freedom is below chi2.",
+      .returns = "a real curve per run in [0, 1], over the longer argument's x-values, unit unknown",
+      .notes = "Equal to gammp(floor(dof)/2, chi2/2): dof is truncated toward zero first, and dof < "
+               "1 or chi2 < 0 is out of range. Pairs lengths as gammp does.",
+      .example = "chisquare([3.84, 6.63], 1)"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -40,13 +40,8 @@ constexpr Comparison kComparisons[] = {
     {StringComparison::GreaterEqual, [](int r) { return r >= 0; }},
 };
 
-consteval bool comparisonsAreComplete() {
-    if (std::size(kComparisons) != static_cast<size_t>(StringComparison::Count)) return false;
-    for (size_t i = 0; i < std::size(kComparisons); ++i)
-        if (static_cast<size_t>(kComparisons[i].which) != i || !kComparisons[i].holds) return false;
-    return true;
-}
-static_assert(comparisonsAreComplete(), "row i holds comparison i, each with its predicate");
+static_assert(rowsInOrder(kComparisons, &Comparison::which, [](const Comparison& c) { return c.holds != nullptr; }),
+              "row i holds comparison i, each with its predicate");
 
 }  // namespace
 
@@ -133,8 +128,21 @@ FUNC_ERROR pathEqual(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ----------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"_Concat", {arg::String, arg::String}, 2, concat},
-    {"PathEqual", {arg::String, arg::String}, 2, pathEqual},
+    {"_Concat", {arg::String, arg::String}, 2, concat,
+     {.signature = "a & b (_Concat)",
+      .summary = "Joins strings element by element.",
+      .returns = "a string vector as long as the longer operand, without x-values",
+      .notes = "The shorter operand repeats its last element; an empty operand adds nothing. "
+               "Numbers are written as text first (\"R\" & 1 is R1).",
+      .example = "\"R\" & [1, 2]; [\"in\", \"out\"] & \"_v\""}},
+    {"PathEqual", {arg::String, arg::String}, 2, pathEqual,
+     {.signature = "PathEqual(a, b)",
+      .summary = "1 where two file names name the same file, else 0, element by element.",
+      .returns = "a real vector of 1 and 0, plain numbers",
+      .notes = "Compares the names as written (no path is resolved): byte for byte, except on "
+               "Windows and macOS, where ASCII letter case is ignored. Different lengths, or an "
+               "empty a, give an empty result.",
+      .example = "PathEqual([\"a.txt\", \"b.txt\"], [\"a.txt\", \"B.TXT\"])"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -40,22 +40,6 @@ inline unsigned char byte(char c) { return static_cast<unsigned char>(c); }
 
 // ---- Arguments -----------------------------------------------------------------------------------
 
-bool given(const FuncArgs& args, int i) { return args.count() > i; }
-
-std::string_view first(const FuncArgs& args, int i) { return given(args, i) ? args.string(i, 0) : std::string_view(); }
-
-// A number truncated toward zero, saturating at the ends of the 64-bit range; NaN gives 0.
-int64_t truncated(double x) {
-    if (std::isnan(x)) return 0;
-    if (x >= 9.2e18) return std::numeric_limits<int64_t>::max();
-    if (x <= -9.2e18) return std::numeric_limits<int64_t>::min();
-    return static_cast<int64_t>(x);
-}
-
-int64_t integerArg(const FuncArgs& args, int i, int64_t absent) {
-    return given(args, i) ? truncated(args.scalar(i)) : absent;
-}
-
 // ---- Results -------------------------------------------------------------------------------------
 
 FUNC_ERROR stringList(FuncResult* result, std::span<const std::string_view> items) {
@@ -134,35 +118,35 @@ FUNC_ERROR val(WAVEX_HANDLER_PARAMS) {
 // StringLength: the length in bytes.
 
 FUNC_ERROR ascii(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     return oneReal(result, s.empty() ? 0 : static_cast<signed char>(s[0]));
 }
 
 FUNC_ERROR chr(WAVEX_HANDLER_PARAMS) {
-    int64_t code = std::clamp<int64_t>(truncated(std::floor(args.scalar(0))), 0, 255);
+    int64_t code = std::clamp<int64_t>(wholeNumber(std::floor(args.scalar(0))).value_or(0), 0, 255);
     return result->makeString(code == 0 ? std::string() : std::string(1, static_cast<char>(code)))
         ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR charAt(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t i = truncated(args.scalar(1));
+    int64_t i = args.integer(1).value_or(0);
     if (i < 0) i += length;
     return result->makeString(i >= 0 && i < length ? std::string(1, s[i]) : std::string()) ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR mid(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t start = truncated(args.scalar(1));
-    int64_t end = given(args, 2) ? truncated(static_cast<double>(start) + args.scalar(2)) : length;
+    int64_t start = args.integer(1).value_or(0);
+    int64_t end = args.has(2) ? wholeNumber(static_cast<double>(start) + args.scalar(2)).value_or(0) : length;
     start = std::clamp<int64_t>(start, 0, length);
     end = std::clamp<int64_t>(end, start, length);
     return result->makeString(std::string(s.substr(start, end - start))) ? FUNC_OK : FUNC_FAILED;
 }
 
-FUNC_ERROR stringLength(WAVEX_HANDLER_PARAMS) { return oneReal(result, static_cast<double>(first(args, 0).size())); }
+FUNC_ERROR stringLength(WAVEX_HANDLER_PARAMS) { return oneReal(result, static_cast<double>(args.string(0).size())); }
 
 // ---- Text transforms -----------------------------------------------------------------------------
 //
@@ -209,17 +193,13 @@ constexpr TextRow kTextOps[] = {
     {TextOp::Hash, [](std::string_view t, bool) { return std::to_string(hashValue(t)); }},
 };
 
-consteval bool rowsInOrder() {
-    for (size_t i = 0; i < std::size(kTextOps); ++i)
-        if (static_cast<size_t>(kTextOps[i].op) != i || !kTextOps[i].kernel) return false;
-    return std::size(kTextOps) == static_cast<size_t>(TextOp::Count);
-}
-static_assert(rowsInOrder(), "kTextOps: row i must hold operation i");
+static_assert(rowsInOrder(kTextOps, &TextRow::op, [](const TextRow& c) { return c.kernel != nullptr; }),
+              "row i holds operation i");
 
 template <TextOp op>
 FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {
-    bool replaceSpaces = iequals(first(args, 1), "replaceSpaces");
-    return result->makeString(kTextOps[static_cast<size_t>(op)].kernel(first(args, 0), replaceSpaces))
+    bool replaceSpaces = iequals(args.string(1), "replaceSpaces");
+    return result->makeString(kTextOps[static_cast<size_t>(op)].kernel(args.string(0), replaceSpaces))
         ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -237,15 +217,15 @@ FUNC_ERROR transform(WAVEX_HANDLER_PARAMS) {
 // count read as atoi reads it (0, negative or not a number: none). An empty old text is never found.
 
 FUNC_ERROR strStr(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0);
+    std::string_view s = args.string(0);
     auto length = static_cast<int64_t>(s.size());
-    int64_t start = std::clamp<int64_t>(integerArg(args, 2, 0), 0, length);
-    size_t at = toLower(s.substr(start)).find(toLower(first(args, 1)));
+    int64_t start = std::clamp<int64_t>(args.integer(2).value_or(0), 0, length);
+    size_t at = toLower(s.substr(start)).find(toLower(args.string(1)));
     return oneReal(result, at == std::string::npos ? -1.0 : static_cast<double>(at));
 }
 
 FUNC_ERROR countChars(WAVEX_HANDLER_PARAMS) {
-    std::string_view s = first(args, 0), wanted = first(args, 1);
+    std::string_view s = args.string(0), wanted = args.string(1);
     std::array<double, 256> counts{};
     for (char c : s) ++counts[byte(c)];
     double* out = result->makeRealNoRef(static_cast<int64_t>(wanted.size()));
@@ -254,12 +234,12 @@ FUNC_ERROR countChars(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR startsWith(WAVEX_HANDLER_PARAMS) {
-    return result->makeString(beginsWith(first(args, 0), first(args, 1)) ? "1" : "0") ? FUNC_OK : FUNC_FAILED;
+    return result->makeString(beginsWith(args.string(0), args.string(1)) ? "1" : "0") ? FUNC_OK : FUNC_FAILED;
 }
 
 FUNC_ERROR substChar(WAVEX_HANDLER_PARAMS) {
-    std::string s(first(args, 0));
-    std::string_view set = first(args, 1), replacement = first(args, 2);
+    std::string s(args.string(0));
+    std::string_view set = args.string(1), replacement = args.string(2);
     std::array<bool, 256> inSet{};
     for (char c : set) inSet[byte(c)] = true;
     if (replacement.empty()) {
@@ -290,9 +270,9 @@ std::string substitute(std::string_view s, std::string_view old, std::string_vie
 
 FUNC_ERROR substString(WAVEX_HANDLER_PARAMS) {
     int64_t count = 1;
-    if (std::string_view word = first(args, 3); iequals(word, "all")) count = std::numeric_limits<int64_t>::max();
+    if (std::string_view word = args.string(3); iequals(word, "all")) count = std::numeric_limits<int64_t>::max();
     else if (!word.empty()) count = atoiValue(word);
-    return result->makeString(substitute(first(args, 0), first(args, 1), first(args, 2), count))
+    return result->makeString(substitute(args.string(0), args.string(1), args.string(2), count))
         ? FUNC_OK : FUNC_FAILED;
 }
 
@@ -316,25 +296,25 @@ FUNC_ERROR substString(WAVEX_HANDLER_PARAMS) {
 FUNC_ERROR scan(WAVEX_HANDLER_PARAMS) {
     char separator = ';';
     std::string_view quotes;
-    if (given(args, 1)) {
-        std::string_view cut = first(args, 1);
+    if (args.has(1)) {
+        std::string_view cut = args.string(1);
         separator = cut.empty() ? '\0' : cut[0];
         if (cut.size() >= 3 && cut[1] != cut[2]) quotes = cut.substr(1, 2);
     }
-    int64_t minimum = integerArg(args, 2, 0);
+    int64_t minimum = args.integer(2).value_or(0);
     if (!withinMadeElementLimit(minimum, info, *messages)) return FUNC_FAILED;
     std::vector<std::string_view> fields;
-    sp_SplitLine(first(args, 0), separator, quotes, fields);
+    sp_SplitLine(args.string(0), separator, quotes, fields);
     if (minimum > static_cast<int64_t>(fields.size())) fields.resize(minimum);
     return stringList(result, fields);
 }
 
 FUNC_ERROR parse(WAVEX_HANDLER_PARAMS) {
-    std::string delimiters = given(args, 1) ? std::string(first(args, 1)) : " \t,";
+    std::string delimiters = args.has(1) ? std::string(args.string(1)) : " \t,";
     if (delimiters.find(' ') != std::string::npos && delimiters.find('\t') == std::string::npos) delimiters += '\t';
-    std::string_view line = first(args, 0);
+    std::string_view line = args.string(0);
     std::vector<std::string_view> tokens;
-    if (iequals(first(args, 2), "quoted")) {
+    if (iequals(args.string(2), "quoted")) {
         for (std::string_view t; !(t = sp_StrTok(line, delimiters)).empty();) tokens.push_back(t);
     } else {
         sp_ScanLine(line, delimiters, tokens);
@@ -343,19 +323,19 @@ FUNC_ERROR parse(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR makeString(WAVEX_HANDLER_PARAMS) {
-    int64_t n = truncated(args.scalar(0));
+    int64_t n = args.integer(0).value_or(0);
     if (n < 1) return FUNC_OK;
     if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
     if (!result->makeStrings(n)) return FUNC_FAILED;
     StrElem* out = result->stringData();
-    int64_t copied = given(args, 1) ? std::min(n, args.length(1)) : 0;
+    int64_t copied = args.has(1) ? std::min(n, args.length(1)) : 0;
     if (copied > 0) std::copy_n(args.stringData(1), copied, out);
     std::fill(out + copied, out + n, std::string());
     return FUNC_OK;
 }
 
 FUNC_ERROR nullString(WAVEX_HANDLER_PARAMS) {
-    int64_t n = truncated(args.scalar(0));
+    int64_t n = args.integer(0).value_or(0);
     if (n < 1) return FUNC_OK;
     if (!withinMadeElementLimit(n, info, *messages)) return FUNC_FAILED;
     return result->makeStrings(n) ? FUNC_OK : FUNC_FAILED;  // the elements are null as made
@@ -413,7 +393,7 @@ FUNC_ERROR regExp(WAVEX_HANDLER_PARAMS) {
     if (n == 0) return FUNC_OK;
     std::vector<std::string_view> subjects(static_cast<size_t>(n));
     for (int64_t i = 0; i < n; ++i) subjects[i] = args.string(0, i);
-    std::string_view pattern = first(args, 1);
+    std::string_view pattern = args.string(1);
     std::vector<std::string_view> matches;
     std::string error;
     bool complete = sp_RegExpMatches(subjects, pattern, matches, &error);
@@ -426,7 +406,7 @@ FUNC_ERROR regExp(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR getMD5(WAVEX_HANDLER_PARAMS) {
-    std::string name(first(args, 0));
+    std::string name(args.string(0));
     if (name.find('\0') != std::string::npos) return FUNC_OK;  // no file has such a name
     std::FILE* file = std::fopen(name.c_str(), "rb");
     if (!file) return FUNC_OK;
@@ -440,34 +420,191 @@ FUNC_ERROR getGUID(WAVEX_HANDLER_PARAMS) { return result->makeString(sp_GetGUID(
 // ---- Registration --------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"Str", {arg::String.orKinds(VD_REAL, VD_COMPLEX)}, 1, str},  // numbers as text
-    {"Val", {arg::Numeric.orKinds(VD_STRING)}, 1, val},  // text as numbers
-    {"Ascii", {arg::String}, 1, ascii},
-    {"Chr", {arg::Real}, 1, chr},
-    {"Char", {arg::String, arg::Real}, 2, charAt},
-    {"Mid", {arg::String, arg::Real, arg::Real}, 2, mid},
-    {"StringLength", {arg::String}, 1, stringLength},
-    {"ToLower", {arg::String}, 1, transform<TextOp::Lower>},
-    {"ToUpper", {arg::String}, 1, transform<TextOp::Upper>},
-    {"StrStr", {arg::String, arg::String, arg::Real}, 2, strStr},
-    {"CountChars", {arg::String, arg::String}, 2, countChars},
-    {"StringStartsWith", {arg::String, arg::String}, 2, startsWith},
-    {"SubstChar", {arg::String, arg::String, arg::String}, 3, substChar},
-    {"SubstString", {arg::String, arg::String, arg::String, arg::String}, 3, substString},
-    {"Scan", {arg::String, arg::String, arg::Real}, 1, scan},
-    {"Parse", {arg::String, arg::String, arg::String}, 1, parse},
-    {"MakeString", {arg::Real, arg::String}, 1, makeString},
-    {"_NullString", {arg::Real}, 1, nullString},
-    {"JoinStringArray", {arg::String, arg::String}, 2, joinStringArray, kWholeArgument},
-    {"JoinVectors", {arg::Any, arg::Any}, 2, joinVectors, kWholeArgument},
-    {"MkVec", {arg::String}, 1, transform<TextOp::MkVec>},
-    {"EscapeString", {arg::String, arg::String}, 1, transform<TextOp::Escape>},
-    {"EscapeStringEncode", {arg::String, arg::String}, 1, transform<TextOp::Encode>},
-    {"RegExp", {arg::String, arg::String}, 2, regExp},
-    {"Hash", {arg::String}, 1, transform<TextOp::Hash>},
-    {"GetMD5", {arg::String}, 1, getMD5},
-    {"GetMD5String", {arg::String}, 1, transform<TextOp::MD5>},
-    {"GetGUID", {}, 0, getGUID},
+    {"Str", {arg::String.orKinds(VD_REAL, VD_COMPLEX)}, 1, str,  // numbers as text
+     {.signature = "Str(v)",
+      .summary = "Numbers as text, element by element.",
+      .returns = "a string vector as long as v, keeping v's x-values and runs",
+      .notes = "Each number in the shortest form that reads back to the same value (\"0.1\", "
+               "\"1e+300\", \"nan\"); complex as \"1.5-2j\". A string vector is returned as it is. "
+               "FormatNumber gives display forms.",
+      .example = "Str([0.1, 1e300]); Str((1.5, -2))"}},
+    {"Val", {arg::Numeric.orKinds(VD_STRING)}, 1, val,  // text as numbers
+     {.signature = "Val(v)",
+      .summary = "Text as numbers, element by element.",
+      .returns = "a real vector as long as v; a numeric v is returned as it is",
+      .notes = "Reads an optional engineering suffix (\"2.2k\", \"10mV\" is 0.01) with blanks "
+               "around allowed. Text that is not a number gives NaN, not a message.",
+      .example = "Val([\"2.2k\", \"10mV\", \" -1e-3 \", \"abc\"])"}},
+    {"Ascii", {arg::String}, 1, ascii,
+     {.signature = "Ascii(s)",
+      .summary = "The code of the first byte of s.",
+      .returns = "one real value",
+      .notes = "The byte is read as a signed 8-bit number, so bytes above 127 (UTF-8 letters such "
+               "as é) give negative codes. \"\" gives 0.",
+      .example = "Ascii(\"A\"); Ascii(\"\")"}},
+    {"Chr", {arg::Real}, 1, chr,
+     {.signature = "Chr(code)",
+      .summary = "The one-byte string of a character code.",
+      .returns = "one string",
+      .notes = "The first element of code is rounded down and clamped to 0 … 255; code 0 gives \"\".",
+      .example = "Chr(65) & Chr(98.7) & Chr(99)"}},
+    {"Char", {arg::String, arg::Real}, 2, charAt,
+     {.signature = "Char(s, index)",
+      .summary = "The character (byte) of s at index, from 0.",
+      .returns = "one string of one byte; \"\" when index is out of range",
+      .notes = "A negative index counts from the end (-1 is the last byte).",
+      .example = "Char(\"hello\", 1); Char(\"hello\", -1)"}},
+    {"Mid", {arg::String, arg::Real, arg::Real}, 2, mid,
+     {.signature = "Mid(s, start [, count])",
+      .summary = "Part of s: count bytes from position start (from 0).",
+      .returns = "one string",
+      .notes = "Without count: to the end. start and the end are clamped to the string, so "
+               "out-of-range values give a shorter or empty string, never a message.",
+      .example = "Mid(\"abcdef\", 2, 3); Mid(\"abcdef\", 4)"}},
+    {"StringLength", {arg::String}, 1, stringLength,
+     {.signature = "StringLength(s)",
+      .summary = "The length of s in bytes.",
+      .returns = "one real value",
+      .notes = "Bytes, not characters: a UTF-8 letter such as é counts 2.",
+      .example = "StringLength(\"hello\"); StringLength(\"héllo\")"}},
+    {"ToLower", {arg::String}, 1, transform<TextOp::Lower>,
+     {.signature = "ToLower(s)",
+      .summary = "s with ASCII letters in lower case.",
+      .returns = "one string (from the first element of s)",
+      .notes = "Other bytes, accented letters included, are left as they are.",
+      .example = "ToLower(\"MiXeD 1\")"}},
+    {"ToUpper", {arg::String}, 1, transform<TextOp::Upper>,
+     {.signature = "ToUpper(s)",
+      .summary = "s with ASCII letters in upper case.",
+      .returns = "one string (from the first element of s)",
+      .notes = "Other bytes, accented letters included, are left as they are.",
+      .example = "ToUpper(\"MiXeD 1\")"}},
+    {"StrStr", {arg::String, arg::String, arg::Real}, 2, strStr,
+     {.signature = "StrStr(s, sought [, start])",
+      .summary = "Where sought first occurs in s, ignoring ASCII letter case.",
+      .returns = "one real value: a byte position, or -1 when not found",
+      .notes = "The search begins at start (default 0). Beware: the position is counted from "
+               "start, not from the beginning of s (StrStr(\"abcabc\", \"c\", 3) is 2).",
+      .example = "StrStr(\"abcabc\", \"C\"); StrStr(\"abcabc\", \"c\", 3); StrStr(\"abc\", \"x\")"}},
+    {"CountChars", {arg::String, arg::String}, 2, countChars,
+     {.signature = "CountChars(s, chars)",
+      .summary = "How often each byte of chars occurs in s.",
+      .returns = "a real vector, one count per byte of chars",
+      .notes = "Case counts (\"A\" and \"a\" differ).",
+      .example = "CountChars(\"banana\", \"an\")"}},
+    {"StringStartsWith", {arg::String, arg::String}, 2, startsWith,
+     {.signature = "StringStartsWith(s, prefix)",
+      .summary = "Whether s begins with prefix, letter case counting.",
+      .returns = "one string: \"1\" or \"0\" (text, not a number)",
+      .example = "StringStartsWith(\"filename.txt\", \"file\"); StringStartsWith(\"filename.txt\", \"File\")"}},
+    {"SubstChar", {arg::String, arg::String, arg::String}, 3, substChar,
+     {.signature = "SubstChar(s, chars, replacement)",
+      .summary = "s with every byte that is in chars replaced by the first byte of replacement.",
+      .returns = "one string",
+      .notes = "An empty replacement cuts s at the first byte found (what is left is the text "
+               "before it); use SubstString to delete.",
+      .example = "SubstChar(\"a-b_c\", \"-_\", \" \")"}},
+    {"SubstString", {arg::String, arg::String, arg::String, arg::String}, 3, substString,
+     {.signature = "SubstString(s, old, new [, count])",
+      .summary = "s with occurrences of old replaced by new.",
+      .returns = "one string",
+      .notes = "Once by default; all with \"all\"; else count as a number (0 or text that is not a "
+               "number: none). Case-sensitive, left to right, never searching the text just "
+               "inserted. An empty old is never found.",
+      .example = "SubstString(\"a.b.c\", \".\", \"/\"); SubstString(\"a.b.c\", \".\", \"/\", \"all\")"}},
+    {"Scan", {arg::String, arg::String, arg::Real}, 1, scan,
+     {.signature = "Scan(s [, separator [, minCount]])",
+      .summary = "s cut into fields at a separator; empty fields count.",
+      .returns = "a string vector, padded with \"\" to at least minCount elements",
+      .notes = "The separator is \";\" by default, else the first byte of separator. Its second and "
+               "third bytes, when given and different, are quote marks: a field enclosed in them "
+               "keeps its separators and loses the marks. Parse splits at runs of blanks instead.",
+      .example = "Scan(\"a;b;;c\"); Scan(\"<a;b>;c\", \";<>\")"}},
+    {"Parse", {arg::String, arg::String, arg::String}, 1, parse,
+     {.signature = "Parse(s [, delimiters [, \"quoted\"]])",
+      .summary = "s split into tokens at runs of delimiters; no empty token.",
+      .returns = "a string vector",
+      .notes = "Delimiters default to space, tab and comma; a set with a space but no tab also "
+               "splits at tabs. With \"quoted\", text in double quotes or apostrophes stays one "
+               "token, marks kept.",
+      .example = "Parse(\"R1  10k, 2\"); Parse('say \"hi there\" now', ' ', 'quoted')"}},
+    {"MakeString", {arg::Real, arg::String}, 1, makeString,
+     {.signature = "MakeString(n [, first])",
+      .summary = "A string vector of n elements: first, then empty strings.",
+      .returns = "a string vector of n elements; none when n < 1",
+      .notes = "More than 50,000,000 elements fail with a message.",
+      .example = "MakeString(3, \"x\")"}},
+    {"_NullString", {arg::Real}, 1, nullString,
+     {.signature = "_NullString(n)",
+      .summary = "A string vector of n null elements, to be filled later.",
+      .returns = "a string vector of n elements",
+      .notes = "Null elements read as \"\" wherever they are used. More than 50,000,000 elements "
+               "fail with a message.",
+      .example = "x = _NullString(2); length(x); x == [\"\", \"\"]"}},
+    {"JoinStringArray", {arg::String, arg::String}, 2, joinStringArray, kWholeArgument,
+     {.signature = "JoinStringArray(a, b)",
+      .summary = "The strings of a followed by those of b.",
+      .returns = "a string vector without x-values",
+      .example = "JoinStringArray([\"a\", \"b\"], [\"c\"])"}},
+    {"JoinVectors", {arg::Any, arg::Any}, 2, joinVectors, kWholeArgument,
+     {.signature = "JoinVectors(a, b)",
+      .summary = "The elements of a followed by those of b, of any one kind.",
+      .returns = "a vector of a's and b's kind, without x-values and unit",
+      .notes = "An empty argument gives way to the other's kind; two non-empty vectors of different "
+               "kinds give an empty result.",
+      .example = "JoinVectors([1, 2], [3]); JoinVectors([\"a\"], [])"}},
+    {"MkVec", {arg::String}, 1, transform<TextOp::MkVec>,
+     {.signature = "MkVec(name)",
+      .summary = "A vector name written so that an expression can use it.",
+      .returns = "one string",
+      .notes = "A name holding a blank, a quote or one of `& + - * / ^ < > ' @ { } [ ] % ! ( )`, or "
+               "beginning with a digit, becomes Vec('name'); any other is returned unchanged.",
+      .example = "MkVec(\"out\"); MkVec(\"1st-node\")"}},
+    {"EscapeString", {arg::String, arg::String}, 1, transform<TextOp::Escape>,
+     {.signature = "EscapeString(s [, \"replaceSpaces\"])",
+      .summary = "s with backslash escapes for quotes, backslashes and control bytes.",
+      .returns = "one string",
+      .notes = "Writes `\\\\`, `\\\"`, `\\n`, `\\r`, `\\t`, and `\\xHH` for other control bytes and invalid "
+               "UTF-8; with \"replaceSpaces\" (any case) blanks become `\\x20` too. The escaping is "
+               "reversible.",
+      .example = "EscapeString(\"a\" & Chr(9) & \"b\" & Chr(34)); EscapeString(\"a b\", \"replaceSpaces\")"}},
+    {"EscapeStringEncode", {arg::String, arg::String}, 1, transform<TextOp::Encode>,
+     {.signature = "EscapeStringEncode(s [, \"replaceSpaces\"])",
+      .summary = "s percent-encoded as in URLs (RFC 3986).",
+      .returns = "one string",
+      .notes = "Every byte but letters, digits and `- . _ ~` becomes %HH; with \"replaceSpaces\" (any "
+               "case) a blank becomes + instead.",
+      .example = "EscapeStringEncode(\"a b/c?d=1\"); EscapeStringEncode(\"a b\", \"replaceSpaces\")"}},
+    {"RegExp", {arg::String, arg::String}, 2, regExp,
+     {.signature = "RegExp(subjects, pattern)",
+      .summary = "Matches a regular expression (Perl syntax) against each subject.",
+      .returns = "a string vector: \"CompleteMatch\" or \"IncompleteMatch\", then for each subject "
+                 "that matched its whole first match and each group",
+      .notes = "\"CompleteMatch\" when every subject matched. UTF-8 when the pattern is. No subjects "
+               "give an empty result; a malformed pattern fails with the reason.",
+      .example = "RegExp([\"R12\", \"C3\", \"x\"], \"([A-Z])([0-9]+)\")"}},
+    {"Hash", {arg::String}, 1, transform<TextOp::Hash>,
+     {.signature = "Hash(s)",
+      .summary = "A 32-bit hash of s, ignoring ASCII letter case.",
+      .returns = "one string: the hash in decimal",
+      .notes = "FNV-1a of the lower-cased bytes: the same on every machine and run.",
+      .example = "Hash(\"abc\"); Hash(\"ABC\")"}},
+    {"GetMD5", {arg::String}, 1, getMD5,
+     {.signature = "GetMD5(file)",
+      .summary = "The MD5 digest of a file's contents.",
+      .returns = "one string of 32 lower-case hex digits; empty when the file cannot be read",
+      .example = "GetMD5(\"/dev/null\"); length(GetMD5(\"missing.txt\"))"}},
+    {"GetMD5String", {arg::String}, 1, transform<TextOp::MD5>,
+     {.signature = "GetMD5String(s)",
+      .summary = "The MD5 digest of the bytes of s.",
+      .returns = "one string of 32 lower-case hex digits",
+      .example = "GetMD5String(\"abc\")"}},
+    {"GetGUID", {}, 0, getGUID,
+     {.signature = "GetGUID()",
+      .summary = "A new random identifier (UUID).",
+      .returns = "one string, 36 characters: lower-case hex, hyphenated",
+      .notes = "Different on every call.",
+      .example = "g = GetGUID(); StringLength(g); Mid(g, 8, 1); g == GetGUID()"}},
 };
 
 const FuncFamily family(kFunctions);

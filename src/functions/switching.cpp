@@ -185,10 +185,41 @@ FUNC_ERROR parseBRENNICInit(WAVEX_HANDLER_PARAMS) {
 // ---- Registration --------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"ParseLaplace", {arg::String}, 1, parseLaplaceFn},
-    {"CheckLaplaceExpression", {arg::String}, 1, checkLaplaceExpression},
-    {"GetLaplaceErrorMessage", {arg::Real}, 1, getLaplaceErrorMessage},
-    {"ParseBRENNICInit", {arg::String}, 1, parseBRENNICInit},
+    {"ParseLaplace", {arg::String}, 1, parseLaplaceFn,
+     {.signature = "ParseLaplace(text)",
+      .summary = "A rational function of s expanded into numerator and denominator coefficients.",
+      .returns = "reals [0, n, d, N0 ... Nn, D0 ... Dd]: the orders n and d, then the coefficients in "
+                 "ascending powers of s; a text that does not parse gives its error code alone",
+      .notes = "Error codes 1 to 14 (read them with GetLaplaceErrorMessage): empty, invalid character, "
+               "unknown name, unbalanced parentheses, missing operand, invalid number, non-constant, "
+               "non-integer or negative power, zero denominator, trailing text, order above 1000, "
+               "coefficient out of range, nesting above 256.",
+      .example = "ParseLaplace('1/(1+s*1u)'); ParseLaplace('1/(1+s')"}},
+    {"CheckLaplaceExpression", {arg::String}, 1, checkLaplaceExpression,
+     {.signature = "CheckLaplaceExpression(text)",
+      .summary = "Whether a Laplace expression is valid: 0 when it is, 3 when it is not.",
+      .returns = "one real",
+      .notes = "A validation plug-in in the devices folder, when one is installed, gives the answer "
+               "instead (no result when it cannot be loaded); without one the text is parsed as "
+               "ParseLaplace does.",
+      .example = "CheckLaplaceExpression('s/(s+1)'); CheckLaplaceExpression('s/(s+')"}},
+    {"GetLaplaceErrorMessage", {arg::Real}, 1, getLaplaceErrorMessage,
+     {.signature = "GetLaplaceErrorMessage(code)",
+      .summary = "The text of a ParseLaplace error code.",
+      .returns = "one string; \"\" for 0 and unknown codes",
+      .notes = "Codes are those ParseLaplace returns for a text that does not parse.",
+      .example = "GetLaplaceErrorMessage(ParseLaplace('1/(1+s'))"}},
+    {"ParseBRENNICInit", {arg::String}, 1, parseBRENNICInit,
+     {.signature = "ParseBRENNICInit(file)",
+      .summary = "The initial conditions of an initial-condition file, grouped by subcircuit instance.",
+      .returns = "strings, two per instance in order of first appearance: the instance path (\"\" at the "
+                 "top level), then its entries \"V(n)=value;I(d)=value...\"; no result when the file "
+                 "cannot be read",
+      .notes = "Lines starting \".INIT\" (any case) hold pairs \"probe value\" or \"probe=value\"; \"+\" "
+               "continues a line, \"*\" starts a comment line. X1.X2.n is node n of instance X1.X2; a "
+               "\"$\" prefix in a level is dropped. A probe met again keeps its first value; malformed "
+               "probes are skipped.",
+      .example = "length(ParseBRENNICInit('missing.ic'))"}},
 };
 
 const FuncFamily family(kFunctions);

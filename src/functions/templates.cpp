@@ -155,10 +155,39 @@ FUNC_ERROR substProbeExpression(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kTemplateFunctions[] = {
-    {"ParseProbeExpression", {arg::String}, 1, parseProbeExpression},
-    {"ResolveTemplate", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate},
-    {"SubstProbeExpression", {arg::String, arg::String, arg::String}, 3, substProbeExpression},
-    {"rt", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate},
+    {"ParseProbeExpression", {arg::String}, 1, parseProbeExpression,
+     {.signature = "ParseProbeExpression(expr)",
+      .summary = "A probe expression rewritten in canonical form, with the nets and pins it uses.",
+      .returns = "strings: [rewritten, N, D, net1 ... netN, pin1 ... pinD]",
+      .notes = "V(n) becomes (n), V(a, b) (a-b) and I(d) d#p; nets and pins are listed in order of "
+               "first appearance, each once (ignoring case). Operators get a blank on each side and "
+               "parentheses stay only where precedence needs them. A text that does not parse comes "
+               "back as written, with the syntax message.",
+      .example = "ParseProbeExpression('V(out)-V(a,b)+I(R1)')"}},
+    {"ResolveTemplate", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate,
+     {.signature = "ResolveTemplate(template, names, values [, failText])",
+      .summary = "A template's %NAME% keywords replaced by values and its {expressions} evaluated.",
+      .returns = "one string",
+      .notes = "Keywords are looked up in the pairs (names[i], values[i]) ignoring case, a name given "
+               "twice taking its later value; %% is a percent sign. Expressions are evaluated by the "
+               "interpreter as written (keywords inside braces are not replaced), numbers written in "
+               "their shortest round-trip form. An unknown keyword or a failing expression stays as "
+               "written, or, when failText is given, the whole result is failText.",
+      .example = "x = 3; ResolveTemplate('%NAME% = {x*2}', ['NAME'], ['R1']); "
+                 "ResolveTemplate('%OTHER%', ['NAME'], ['R1'], 'failed')"}},
+    {"SubstProbeExpression", {arg::String, arg::String, arg::String}, 3, substProbeExpression,
+     {.signature = "SubstProbeExpression(expr, names, values)",
+      .summary = "An expression with the identifiers the pairs name replaced by their values.",
+      .returns = "one string, the expression in canonical form",
+      .notes = "Only identifiers are replaced (function names and everything else stay); the result is "
+               "printed as ParseProbeExpression prints it.",
+      .example = "SubstProbeExpression('gain*V(out)+offs', ['gain', 'offs'], ['2', 'v0'])"}},
+    {"rt", {arg::String, arg::String, arg::String, arg::String}, 3, resolveTemplate,
+     {.signature = "rt(template, names, values [, failText])",
+      .summary = "Same as ResolveTemplate.",
+      .returns = "one string",
+      .notes = "A short name for ResolveTemplate.",
+      .example = "rt('%A%+%B% = {1+2}', ['A', 'B'], ['1', '2'])"}},
 };
 const FuncFamily templateFamily(kTemplateFunctions);
 

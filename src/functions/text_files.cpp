@@ -56,13 +56,8 @@ constexpr LinesOp kLines[] = {
      }},
 };
 
-consteval bool linesComplete() {
-    if (std::size(kLines) != static_cast<size_t>(Lines::Count)) return false;
-    for (size_t i = 0; i < std::size(kLines); ++i)
-        if (static_cast<size_t>(kLines[i].op) != i || !kLines[i].read) return false;
-    return true;
-}
-static_assert(linesComplete(), "row i reads lines of kind i");
+static_assert(rowsInOrder(kLines, &LinesOp::op, [](const LinesOp& c) { return c.read != nullptr; }),
+              "row i reads lines of kind i");
 
 FUNC_ERROR readLines(const FuncArgs& args, FuncResult* result, MessageHandler& messages, Lines op) {
     NewSpiceStream in{std::string(args.string(0))};
@@ -81,8 +76,24 @@ FUNC_ERROR linesHandler(WAVEX_HANDLER_PARAMS) {
 // ---- Registration ------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"ReadFile", {arg::String}, 1, linesHandler<Lines::Physical>},
-    {"ReadSpiceFile", {arg::String}, 1, linesHandler<Lines::Logical>},
+    {"ReadFile", {arg::String}, 1, linesHandler<Lines::Physical>,
+     {.signature = "ReadFile(path)",
+      .summary = "The lines of a text file.",
+      .returns = "a string vector, one element per line, without line ends",
+      .notes = "Lines end at \"\\n\" or \"\\r\\n\" (a lone \"\\r\" stays as text); a last line end does not "
+               "add an empty line; an empty file gives an empty vector. A file that cannot be opened is "
+               "reported (\"Cannot open file 'PATH'\") and gives an empty vector, the call still "
+               "succeeding, so a script can test the length.",
+      .example = "lines = ReadFile('missing.txt'); length(lines)"}},
+    {"ReadSpiceFile", {arg::String}, 1, linesHandler<Lines::Logical>,
+     {.signature = "ReadSpiceFile(path)",
+      .summary = "The logical lines of a netlist file.",
+      .returns = "a string vector, one element per logical line",
+      .notes = "A line whose first non-blank character is \"+\" is joined to the line before with one "
+               "blank in place of the \"+\"; whole-line \"*\" comments and blank lines are dropped. The "
+               "first (title) line and text after \";\" stay as written. A file that cannot be opened "
+               "is reported and gives an empty vector, as for ReadFile.",
+      .example = "length(ReadSpiceFile('missing.cir'))"}},
 };
 
 const FuncFamily family(kFunctions);

@@ -25,8 +25,10 @@
 #include "support/touchstone.hpp"
 #include "wavex/function.hpp"
 
+#include <cmath>
 #include <forward_list>
 #include <memory>
+#include <mutex>
 
 namespace wavex {
 namespace {
@@ -43,17 +45,41 @@ struct TouchstoneEntry {
 };
 using EntryRef = std::shared_ptr<TouchstoneEntry>;
 
-struct TouchstoneStore {
-    std::forward_list<EntryRef> entries;  // newest first
-    size_t count = 0;
-    int32_t lastHandle = 0;
-
+// Shared by every interpreter and thread. An entry never changes once stored, so a call reads the
+// one it found without holding the lock.
+class TouchstoneStore {
+public:
+    int32_t issueHandle() {
+        std::lock_guard guard(lock_);
+        return ++lastHandle_;
+    }
+    void add(EntryRef entry) {
+        std::lock_guard guard(lock_);
+        entries_.push_front(std::move(entry));
+        ++count_;
+    }
     EntryRef find(double handle) const {
         int32_t h = truncateToInt32(handle);
-        for (const EntryRef& e : entries)
+        std::lock_guard guard(lock_);
+        for (const EntryRef& e : entries_)
             if (e->handle == h) return e;
         return nullptr;
     }
+    // Removes the entry with this handle; every entry for a handle below 1.
+    size_t remove(int32_t handle) {
+        std::lock_guard guard(lock_);
+        size_t removed = count_;
+        if (handle < 1) entries_.clear();
+        else removed = entries_.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+        count_ -= removed;
+        return removed;
+    }
+
+private:
+    mutable std::mutex lock_;
+    std::forward_list<EntryRef> entries_;  // newest first
+    size_t count_ = 0;
+    int32_t lastHandle_ = 0;
 };
 
 TouchstoneStore& store() {
@@ -78,12 +104,10 @@ FUNC_ERROR writeTriples(FuncResult* result, const AcTableData& table, int64_t po
 }
 
 FUNC_ERROR loadTouchstone(WAVEX_HANDLER_PARAMS) {
-    TouchstoneStore& s = store();
     auto entry = std::make_shared<TouchstoneEntry>(std::string(args.string(0)), truncateToInt32(args.scalar(1)),
-                                                   ++s.lastHandle);
+                                                   store().issueHandle());
     entry->built = entry->table.build(&entry->errors);
-    s.entries.push_front(entry);
-    ++s.count;
+    store().add(entry);
     double* out = result->makeRealNoRef(2);
     if (!out) return FUNC_FAILED;
     out[0] = entry->handle;
@@ -120,17 +144,9 @@ FUNC_ERROR getTouchstoneErrors(WAVEX_HANDLER_PARAMS) {
 }
 
 FUNC_ERROR deleteTouchstone(WAVEX_HANDLER_PARAMS) {
-    TouchstoneStore& s = store();
+    // NaN is no handle and removes nothing; any other handle below 1 removes every entry.
     double h = args.scalar(0);
-    size_t removed = 0;
-    if (h < 1) {  // as the truncated handle: 0 or less (NaN is no handle and removes nothing)
-        removed = s.count;
-        s.entries.clear();
-    } else {
-        int32_t handle = truncateToInt32(h);
-        removed = s.entries.remove_if([&](const EntryRef& e) { return e->handle == handle; });
-    }
-    s.count -= removed;
+    size_t removed = std::isnan(h) ? 0 : store().remove(h < 1 ? 0 : truncateToInt32(h));
     double* out = result->makeRealNoRef(1);
     if (!out) return FUNC_FAILED;
     out[0] = static_cast<double>(removed);
@@ -138,11 +154,44 @@ FUNC_ERROR deleteTouchstone(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"DeleteTouchstone", {arg::Real}, 1, deleteTouchstone},
-    {"GetTouchstoneErrors", {arg::Real}, 1, getTouchstoneErrors},
-    {"LoadTouchstone", {arg::String, arg::Real}, 2, loadTouchstone},
-    {"ParseTouchstone", {arg::String, arg::Real, arg::Real}, 3, parseTouchstone},
-    {"ReadTouchstone", {arg::Real, arg::Real, arg::Real}, 3, readTouchstone},
+    {"DeleteTouchstone", {arg::Real}, 1, deleteTouchstone,
+     {.signature = "DeleteTouchstone(handle)",
+      .summary = "Forgets a Touchstone file loaded by LoadTouchstone.",
+      .returns = "one real: the number of tables removed",
+      .notes = "A handle below 1 removes every loaded table. Loaded tables stay until deleted.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); DeleteTouchstone(h[0]); DeleteTouchstone(h[0])"}},
+    {"GetTouchstoneErrors", {arg::Real}, 1, getTouchstoneErrors,
+     {.signature = "GetTouchstoneErrors(handle)",
+      .summary = "The problems found in a Touchstone file loaded by LoadTouchstone.",
+      .returns = "a string vector, one message per problem in file order (\"Line N: ...\", at most 100); "
+                 "empty for a good file or an unknown handle",
+      .notes = "A file that failed to build is kept under its handle so that its messages can be read.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); GetTouchstoneErrors(h[0])"}},
+    {"LoadTouchstone", {arg::String, arg::Real}, 2, loadTouchstone,
+     {.signature = "LoadTouchstone(file, ports)",
+      .summary = "Reads a Touchstone network-parameter file of ports ports and keeps it under a handle.",
+      .returns = "two reals: [handle, 1 when the table was built else 0]",
+      .notes = "Versions 1.x and 2.0; frequencies are converted to Hz. Read the parameters with "
+               "ReadTouchstone, the problems with GetTouchstoneErrors; free it with DeleteTouchstone. "
+               "Handles count from 1 and are never reused.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); h[1]"}},
+    {"ParseTouchstone", {arg::String, arg::Real, arg::Real}, 3, parseTouchstone,
+     {.signature = "ParseTouchstone(file, ports, index)",
+      .summary = "One parameter of a Touchstone file, read in one call without keeping the file.",
+      .returns = "3·P reals for P frequency points: triples (frequency in Hz, real part, imaginary part), "
+                 "without unit or x-values",
+      .notes = "index is the flat row-major position n·row + column in the n×n matrix (S21 of a 2-port "
+               "is 2). A file that does not build, or an index outside the matrix, gives an empty "
+               "result; use LoadTouchstone to see why.",
+      .example = "length(ParseTouchstone('missing.s2p', 2, 2))"}},
+    {"ReadTouchstone", {arg::Real, arg::Real, arg::Real}, 3, readTouchstone,
+     {.signature = "ReadTouchstone(handle, row, column)",
+      .summary = "One parameter of a Touchstone file loaded by LoadTouchstone.",
+      .returns = "3·P reals for P frequency points: triples (frequency in Hz, real part, imaginary part), "
+                 "without unit or x-values",
+      .notes = "Row and column count from 0 and only their flat index n·row + column is checked "
+               "against the n×n matrix. An unknown handle or an index outside gives an empty result.",
+      .example = "h = LoadTouchstone('missing.s2p', 2); length(ReadTouchstone(h[0], 1, 0))"}},
 };
 
 const FuncFamily family(kFunctions);

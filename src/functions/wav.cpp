@@ -30,6 +30,7 @@
 
 #include <list>
 #include <memory>
+#include <mutex>
 
 namespace wavex {
 namespace {
@@ -41,16 +42,34 @@ struct WavEntry {
 };
 using EntryRef = std::shared_ptr<WavEntry>;
 
-struct WavStore {
-    std::list<EntryRef> entries;  // newest first
-    int32_t nextHandle = 1;
-
+// Shared by every interpreter and thread. An entry never changes once stored, so a call reads the
+// one it found without holding the lock.
+class WavStore {
+public:
+    int32_t issueHandle() {
+        std::lock_guard guard(lock_);
+        return nextHandle_++;
+    }
+    void add(EntryRef entry) {
+        std::lock_guard guard(lock_);
+        entries_.push_front(std::move(entry));
+    }
     EntryRef find(double handle) const {
         int32_t h = truncateToInt32(handle);
-        for (const EntryRef& e : entries)
+        std::lock_guard guard(lock_);
+        for (const EntryRef& e : entries_)
             if (e->handle == h) return e;
         return nullptr;
     }
+    size_t remove(int32_t handle) {
+        std::lock_guard guard(lock_);
+        return entries_.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+    }
+
+private:
+    mutable std::mutex lock_;
+    std::list<EntryRef> entries_;  // newest first
+    int32_t nextHandle_ = 1;
 };
 
 WavStore& store() {
@@ -67,10 +86,10 @@ int openWav(const std::string& name, int option, int32_t* handle) {
     if (!Wav_LoadHeader(file.get(), &header)) return WAV_HEADER_NOT_READ;
     if (WAV_Error e = Wav_CheckHeader(header)) return e;
     auto entry = std::make_shared<WavEntry>();
-    entry->handle = store().nextHandle++;
+    entry->handle = store().issueHandle();
     if (!Wav_LoadSamples(file.get(), header, entry->samples, option)) return WAV_SAMPLES_NOT_READ;
     entry->header = header;
-    store().entries.push_front(entry);
+    store().add(entry);
     *handle = entry->handle;
     return WAV_OK;
 }
@@ -162,7 +181,7 @@ FUNC_ERROR wavWriteFile(WAVEX_HANDLER_PARAMS) {
 
 FUNC_ERROR wavCloseFile(WAVEX_HANDLER_PARAMS) {
     int32_t handle = truncateToInt32(args.scalar(0));
-    size_t removed = store().entries.remove_if([&](const EntryRef& e) { return e->handle == handle; });
+    size_t removed = store().remove(handle);
     double* out = result->makeRealNoRef(1);
     if (!out) return FUNC_FAILED;
     out[0] = static_cast<double>(removed);
@@ -170,10 +189,44 @@ FUNC_ERROR wavCloseFile(WAVEX_HANDLER_PARAMS) {
 }
 
 constexpr FuncInfo kFunctions[] = {
-    {"WAV_CloseFile", {arg::Real}, 1, wavCloseFile},
-    {"WAV_OpenFile", {arg::String, arg::Real}, 1, wavOpenFile},
-    {"WAV_ReadData", {arg::Real, arg::Real}, 2, wavReadData},
-    FuncInfo("WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile).outsideSafeMode(),
+    {"WAV_CloseFile", {arg::Real}, 1, wavCloseFile,
+     {.signature = "WAV_CloseFile(handle)",
+      .summary = "Forgets a WAV file opened by WAV_OpenFile.",
+      .returns = "one real: 1 when it was open, else 0",
+      .notes = "Open files are kept, samples in memory, until closed.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5]); h = WAV_OpenFile('a.wav'); "
+                 "WAV_CloseFile(h[0]); WAV_CloseFile(h[0])"}},
+    {"WAV_OpenFile", {arg::String, arg::Real}, 1, wavOpenFile,
+     {.signature = "WAV_OpenFile(file [, option])",
+      .summary = "Loads a WAV file and gives a handle to read it with WAV_ReadData.",
+      .returns = "two reals: [handle, status]; the handle is -1 unless the status is 0",
+      .notes = "8-bit unsigned, 16/24/32-bit PCM and 32/64-bit float, mono or stereo. option 0 (default) "
+               "reads the whole frames of a file cut short, 1 refuses it (status 8). Statuses: 0 "
+               "success, 7 no RIFF/WAVE header, 8 samples not read, 10 file not opened, 11 neither PCM "
+               "nor float, 12 not 1 or 2 channels, 13 bad sample rate, 14 bad block align, 2 "
+               "unsupported bits per sample.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 8000], [0, 0.5]); h = WAV_OpenFile('a.wav'); h[1]; "
+                 "h = WAV_OpenFile('missing.wav'); h"}},
+    {"WAV_ReadData", {arg::Real, arg::Real}, 2, wavReadData,
+     {.signature = "WAV_ReadData(handle, [channel, scale])",
+      .summary = "One channel of a WAV file opened by WAV_OpenFile, as a curve over time.",
+      .returns = "a real curve in V over time in s from 0, one point per frame at 1/rate",
+      .notes = "channel is 0 (left) or 1 (right; a mono file's one channel is both); full scale reads as "
+               "±scale (default 1). An unknown handle, a missing channel or another one gives an empty "
+               "result.",
+      .example = "WAV_WriteFile('a.wav', [16, 1, 4], [0, 1, -1]); h = WAV_OpenFile('a.wav'); "
+                 "WAV_ReadData(h[0], [0, 2])"}},
+    FuncInfo("WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile,
+             {.signature = "WAV_WriteFile(file, [bits, scale, rate], left [, right])",
+              .summary = "Writes one or two channels of samples to a PCM WAV file.",
+              .returns = "one real: the status, 0 on success",
+              .notes = "bits 8, 16, 24 or 32 (else status 2); value/scale (scale default 1) is the fraction of "
+                       "full scale, clipped beyond it and rounded half to even; rate defaults to 44100. With "
+                       "right, two channels of the shorter length (right empty: a silent second channel). "
+                       "Statuses: 3 header not written, 4 file not created, 5 samples not written, 6 too much "
+                       "data, 13 a rate below 1.",
+              .example = "WAV_WriteFile('a.wav', [24, 1, 8000], [0, 3, -0.25], [0, -1, -9]); "
+                         "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [0]); WAV_ReadData(h[0], [1])"}).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -4,7 +4,9 @@
 #include "support/text.hpp"
 #include "wavex/dynexport.hpp"
 #include "wavex/events.hpp"
+#include "wavex/interpreter_scope.hpp"
 #include "wavex/options.hpp"
+#include "wavex/version.hpp"
 
 #include <cmath>
 #include <limits>
@@ -17,18 +19,20 @@ using lang::Node;
 
 namespace {
 
-// The interpreter the late-bound entry points answer for: the newest one alive.
-Interpreter* gCurrent = nullptr;
+// The interpreter running the current call on this thread: set for the duration of each
+// evaluation and restored after it, so nested evaluations (a template's expression) and
+// interpreters on other threads each see their own.
+thread_local Interpreter* tRunning = nullptr;
 
 YRef<MessageHandler> currentMessageHandler() {
-    if (!gCurrent) throw DynFuncException("dyn_GetDefaultMessageHandler");
-    return gCurrent->messages();
+    if (!tRunning) throw DynFuncException("dyn_GetDefaultMessageHandler");
+    return tRunning->messages();
 }
 ScpInterface* currentInterpreter() {
-    if (!gCurrent) throw DynFuncException("dyn_GetScpInterface");
-    return gCurrent;
+    if (!tRunning) throw DynFuncException("dyn_GetScpInterface");
+    return tRunning;
 }
-const char* identifyBinary() { return "wavex 0.1.0"; }
+const char* identifyBinary() { return kVersionText; }
 
 std::optional<double> namedConstant(std::string_view name) {
     if (iequals(name, "pi")) return std::numbers::pi;
@@ -39,9 +43,10 @@ std::optional<double> namedConstant(std::string_view name) {
 
 }  // namespace
 
+InterpreterScope::InterpreterScope(Interpreter* interpreter) : saved_(tRunning) { tRunning = interpreter; }
+InterpreterScope::~InterpreterScope() { tRunning = saved_; }
+
 struct Interpreter::Impl {
-    Interpreter* self;
-    Interpreter* previous;
     std::unordered_map<std::string, VectorPtr, CaseInsensitiveHash, CaseInsensitiveEqual> workspace;
     bool finished = false;
     ScpParseContext context;
@@ -69,23 +74,23 @@ struct Interpreter::Impl {
 };
 
 Interpreter::Interpreter(YRef<MessageHandler> messages) : impl_(std::make_unique<Impl>()), messages_(std::move(messages)) {
-    impl_->self = this;
-    impl_->previous = gCurrent;
     impl_->context.interpreter = this;
-    gCurrent = this;
-    dyn_ProvideEntryPoint("dyn_GetDefaultMessageHandler", &currentMessageHandler);
-    dyn_ProvideEntryPoint("dyn_GetScpInterface", &currentInterpreter);
-    dyn_ProvideEntryPoint("dyn_IdentifyBinary", &identifyBinary);
+    // The entry points answer for whichever interpreter is running: bound once for all of them.
+    static const bool bound = [] {
+        dyn_ProvideEntryPoint("dyn_GetDefaultMessageHandler", &currentMessageHandler);
+        dyn_ProvideEntryPoint("dyn_GetScpInterface", &currentInterpreter);
+        dyn_ProvideEntryPoint("dyn_IdentifyBinary", &identifyBinary);
+        return true;
+    }();
+    (void)bound;
 }
 
-Interpreter::~Interpreter() {
-    finish();
-    gCurrent = impl_->previous;
-}
+Interpreter::~Interpreter() { finish(); }
 
 void Interpreter::finish() {
     if (impl_->finished) return;
     impl_->finished = true;
+    InterpreterScope running(this);
     raiseEvent("ExitCli");
     raiseEvent("Exit");
 }
@@ -114,6 +119,7 @@ std::string Interpreter::setOption(std::string_view name, std::string_view value
 VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateExpression(expression, messages_); }
 
 VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<MessageHandler>& messages) {
+    InterpreterScope running(this);
     std::string error;
     auto statements = lang::parseLine(text, &error);
     if (!statements) {
@@ -128,6 +134,7 @@ VectorPtr Interpreter::evaluateExpression(std::string_view text, const YRef<Mess
 }
 
 bool Interpreter::runLine(std::string_view line, const Printer& print) {
+    InterpreterScope running(this);
     std::string error;
     auto statements = lang::parseLine(line, &error);
     bool ok = statements.has_value();

@@ -227,8 +227,8 @@ void support_FindYFromX(YList<double>& results, YList<long long>& indices, const
     };
     auto exact = [&](int64_t p, int direction) {
         if (!wanted(direction)) return;
-        results.push_front(a[p]);
-        indices.push_front(p);
+        results.addNewest(a[p]);
+        indices.addNewest(p);
     };
 
     int last = 0;        // side of the last point off the level: +1 above, -1 below, 0 none yet
@@ -256,8 +256,8 @@ void support_FindYFromX(YList<double>& results, YList<long long>& indices, const
             if (last == 0) exact(run, side);  // left the level the curve started on
             run = -1;
         } else if (last == -side && wanted(side)) {
-            results.push_front(crossingValue(a, b, i, m, level, opts));
-            indices.push_front(i - 1);
+            results.addNewest(crossingValue(a, b, i, m, level, opts));
+            indices.addNewest(i - 1);
         }
         last = side;
         i = (side > 0 ? pastSide<true>(b, i + 1, n, level) : pastSide<false>(b, i + 1, n, level)) - 1;

@@ -55,7 +55,8 @@ double support_Interp(const double* y, const double* x, double at, const InterpO
 template <class T>
 class YList {
 public:
-    void push_front(T value) { items_.push_back(value); }
+    // Makes `value` the new head (kept at the end of one contiguous array).
+    void addNewest(T value) { items_.push_back(value); }
     size_t size() const { return items_.size(); }
     bool empty() const { return items_.empty(); }
     void clear() { items_.clear(); }
@@ -65,10 +66,10 @@ public:
     const T& head() const { return items_.back(); }
     // Reverses the list in place: afterwards the head is the item found first.
     void reverse() { std::reverse(items_.begin(), items_.end()); }
-    // The items in the reverse of the list's order (for a list as the scan built it: scan order),
-    // contiguous: what a caller copies when it fills an array "from the end, head in the last
-    // slot".
-    const T* reversed() const { return items_.data(); }
+    // The items oldest first, the reverse of the list's order (for a list as the scan built it:
+    // scan order), contiguous: what a caller copies when it fills an array "from the end, head in
+    // the last slot".
+    const T* oldestFirst() const { return items_.data(); }
 
 private:
     std::vector<T> items_;

@@ -156,17 +156,19 @@ int64_t atoiValue(std::string_view s) {
     return negative ? -v : v;
 }
 
-namespace {
-template <class Int>
-Int truncateTo(double value) {
-    constexpr double lo = static_cast<double>(std::numeric_limits<Int>::min());  // exact: -2^(bits-1)
-    if (std::isnan(value) || value <= lo) return std::numeric_limits<Int>::min();
-    if (value >= -lo) return std::numeric_limits<Int>::max();
-    return static_cast<Int>(value);
+std::optional<int64_t> wholeNumber(double value) {
+    constexpr double lo = -9223372036854775808.0;  // -2^63, exact
+    if (std::isnan(value)) return std::nullopt;
+    if (value <= lo) return std::numeric_limits<int64_t>::min();
+    if (value >= -lo) return std::numeric_limits<int64_t>::max();
+    return static_cast<int64_t>(value);
 }
-}  // namespace
 
-int32_t truncateToInt32(double value) { return truncateTo<int32_t>(value); }
-int64_t truncateToInt64(double value) { return truncateTo<int64_t>(value); }
+int64_t truncateToInt64(double value) { return wholeNumber(value).value_or(std::numeric_limits<int64_t>::min()); }
+
+int32_t truncateToInt32(double value) {
+    return static_cast<int32_t>(std::clamp<int64_t>(truncateToInt64(value), std::numeric_limits<int32_t>::min(),
+                                                    std::numeric_limits<int32_t>::max()));
+}
 
 }  // namespace wavex

@@ -41,8 +41,13 @@ std::string formatEngineering(double value, int digits = 6, bool keepTrailingZer
 // decimal digits as far as they go; anything else gives 0. Saturates instead of overflowing.
 int64_t atoiValue(std::string_view s);
 
-// A count, index, handle or code given as a script number: truncated toward zero and saturated to
-// the integer's range. NaN gives the smallest value, which no count, index or handle equals.
+// The one rule by which a script number becomes an integer (a count, index, position, order,
+// handle or code): truncated toward zero; beyond the 64-bit range, ±Inf included, saturated to
+// its ends; NaN gives nothing, and each caller says what that means (usually as for an absent
+// argument).
+std::optional<int64_t> wholeNumber(double value);
+// wholeNumber further saturated to the integer's range, with NaN as the smallest value, which no
+// count, index or handle equals.
 int32_t truncateToInt32(double value);
 int64_t truncateToInt64(double value);
 

@@ -44,16 +44,13 @@ void PartsRecord::setField(size_t i, std::string_view value) {
 
 void PartsRecord::rebuild(const std::vector<std::string>& fields) {
     size_t length = 0;
-    for (const std::string& f : fields) length += f.size() + 3;
+    for (const std::string& f : fields) length += f.size() + 1;
     line_.clear();
     line_.reserve(length);
     spans_.clear();
     for (const std::string& f : fields) {
-        bool enclose = f.find(';') != std::string::npos;  // else it would read back as two fields
-        if (enclose) line_ += '<';
         spans_.push_back({line_.size(), f.size()});
         line_ += f;
-        if (enclose) line_ += '>';
         line_ += ';';
     }
 }

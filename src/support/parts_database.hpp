@@ -12,8 +12,8 @@
 // it, applying a journal) goes bucket by bucket, each chain from its head.
 //
 // Writing a field rebuilds the record's line as every field followed by ";" (so it ends with
-// ";"). Fields are written bare, except that one holding ";" is enclosed in "<" ">" so that the
-// line still reads back with the same fields.
+// ";"), each written bare: a field holding ";" loses its "<" ">" and reads back from the written
+// file as several fields (the record itself keeps its fields as they were).
 //
 // A journal is a database whose records name the record to change in field 0 and carry an
 // action word in a column the caller chooses: "edit", "add" or "delete" (any case).

@@ -242,7 +242,7 @@ TEST_F(Delay, EachEdgePairsWithAnEarlierEdgeOfTheSecondSignal) {
     wx.expectFails("PropagationDelay([0, 1], clk, 0.5, 0.5)",
                 "Argument 1 in function 'PropagationDelay' has no reference (xvalues)");
     wx.expectFails("PropagationDelay(clk, [0, 1], 0.5, 0.5)",
-                "Argument 1 in function 'PropagationDelay' has no reference (xvalues)");
+                "Argument 2 in function 'PropagationDelay' has no reference (xvalues)");
 }
 
 // ---- XY, XYOrdered ----

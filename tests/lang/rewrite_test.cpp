@@ -1,4 +1,5 @@
 #include "test_util.hpp"
+#include "wavex/interpreter_scope.hpp"
 
 #include <gtest/gtest.h>
 
@@ -27,6 +28,7 @@ struct Recorder : VecSubstExpressionObject {
 
 struct Rewrite : ::testing::Test {
     test::Session wx;
+    InterpreterScope scope{&wx.wx};  // the rewriter is the interpreter's
     std::string run(const std::string& text, Recorder& r) { return vec_SubstituteExpression(text, &r); }
 };
 
@@ -77,6 +79,7 @@ struct Keywords : TemplateObject {
 
 TEST(Template, KeywordsExpressionsAndLiterals) {
     test::Session wx;
+    InterpreterScope scope(&wx.wx);
     wx.wx.setVector("gain", makeRealVector({2.5}));
     wx.wx.setVector("names", makeStringVector({"a", "b"}));
     wx.wx.setVector("z", makeComplexVector({{1, -2}}));

@@ -31,8 +31,8 @@ Crossings find(const std::vector<double>& a, const std::vector<double>& b, doubl
     YList<long long> indices;
     support_FindYFromX(values, indices, a.data(), b.data(), static_cast<long long>(b.size()), level, opts);
     Crossings c;
-    c.values.assign(values.reversed(), values.reversed() + values.size());
-    c.indices.assign(indices.reversed(), indices.reversed() + indices.size());
+    c.values.assign(values.oldestFirst(), values.oldestFirst() + values.size());
+    c.indices.assign(indices.oldestFirst(), indices.oldestFirst() + indices.size());
     return c;
 }
 

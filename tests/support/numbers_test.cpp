@@ -45,6 +45,16 @@ TEST(Numbers, TextForPeopleAndForMachines) {
     EXPECT_EQ(truncateToInt32(NAN), INT32_MIN);
 }
 
+// The one rule by which a number becomes an integer.
+TEST(Numbers, WholeNumbers) {
+    const std::pair<double, std::optional<int64_t>> cases[] = {
+        {2.9, 2},           {-2.9, -2},        {-0.5, 0},          {NAN, std::nullopt},
+        {INFINITY, INT64_MAX}, {-INFINITY, INT64_MIN}, {1e19, INT64_MAX}, {-9223372036854775808.0, INT64_MIN},
+        {9007199254740993.0, 9007199254740992},
+    };
+    for (const auto& [value, expected] : cases) EXPECT_EQ(wholeNumber(value), expected) << value;
+}
+
 TEST(Numbers, EngineeringDigitsZerosAndRange) {
     struct Row { double value; int digits; bool keepZeros; const char* text; };
     const Row rows[] = {
