@@ -8,9 +8,10 @@
 #include "functions/host_args.hpp"
 #include "support/numbers.hpp"
 #include "support/text.hpp"
-#include "wavex/dynexport.hpp"
+#include "wavex/dynfunc.hpp"
 #include "wavex/exceptions.hpp"
 #include "wavex/options.hpp"
+#include "wavex/version.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -128,7 +129,7 @@ FUNC_ERROR getEthernetAddresses(WAVEX_HANDLER_PARAMS) {
 }
 
 // Version(): the program's name and version, "wavex 0.1.0".
-FUNC_ERROR version(WAVEX_HANDLER_PARAMS) { return putText(result, dyn_IdentifyBinary()); }
+FUNC_ERROR version(WAVEX_HANDLER_PARAMS) { return putText(result, kVersionText); }
 
 // ---- Time --------------------------------------------------------------------------------------
 
