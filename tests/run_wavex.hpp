@@ -2,8 +2,15 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
 
 #include <cstring>
 #include <fstream>
@@ -52,6 +59,45 @@ inline Outcome runProgram(const char* program, const std::vector<std::string>& a
 inline Outcome runWavex(const std::vector<std::string>& args, const std::string& inPath, const std::string& outPath,
                         const std::string& errPath) {
     return runProgram(WAVEX_BINARY, args, inPath, outPath, errPath);
+}
+
+// Runs the binary with `args` on a pseudo-terminal (TERM=dumb, plus the variables `env` sets),
+// typing `input`; gives the exit status and everything the terminal showed (in `out`). A child
+// still running after 20 s is killed.
+inline Outcome runOnTerminal(const std::vector<std::string>& args, const std::string& input,
+                             const std::vector<std::pair<std::string, std::string>>& env = {}) {
+    int master;
+    pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
+    if (pid < 0) return {-1, "", "forkpty failed"};
+    if (pid == 0) {
+        setenv("TERM", "dumb", 1);
+        for (const auto& [name, value] : env) setenv(name.c_str(), value.c_str(), 1);
+        std::vector<char*> argv{const_cast<char*>(WAVEX_BINARY)};
+        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        execv(WAVEX_BINARY, argv.data());
+        _exit(127);
+    }
+    if (write(master, input.data(), input.size()) != static_cast<ssize_t>(input.size())) kill(pid, SIGKILL);
+    std::string screen;
+    char buf[4096];
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (;;) {
+        pollfd p{master, POLLIN, 0};
+        if (poll(&p, 1, 200) > 0) {
+            ssize_t n = read(master, buf, sizeof buf);
+            if (n <= 0) break;  // the child has gone
+            screen.append(buf, static_cast<size_t>(n));
+        }
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(pid, SIGKILL);
+            break;
+        }
+    }
+    close(master);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), screen, ""};
 }
 
 }  // namespace wavex::test

@@ -48,5 +48,7 @@ int dyn_ProvideEntryPoint(const char* name, Fn* entry) {
 
 // Names of the entry points registered so far (each once), for diagnostics.
 std::vector<const char*> registeredEntryPoints();
+// Whether the host has bound the entry point `name`.
+bool entryPointBound(const char* name);
 
 }  // namespace wavex

@@ -62,6 +62,8 @@ class ScpInterface;
 // The host's parse and run-time contexts, passed through to host services.
 struct ScpParseContext {
     ScpInterface* interpreter = nullptr;
+    // Safe mode, for scripts from elsewhere: the host refuses every row marked outsideSafeMode().
+    bool safe = false;
 };
 struct FunctionRunTime {};
 

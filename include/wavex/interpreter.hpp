@@ -55,6 +55,12 @@ public:
     // Sets a host option; returns "" or the reason it could not be set.
     std::string setOption(std::string_view name, std::string_view value);
 
+    // Safe mode, for scripts from elsewhere: functions that write, delete or move files, change
+    // the environment or run commands are refused ("Function 'DeleteFile' is not allowed in safe
+    // mode"), in templates and expressions evaluated on the script's behalf as well.
+    void setSafeMode(bool on);
+    bool safeMode() const;
+
     // Leaves the command-line mode: raises "ExitCli" then "Exit" (once).
     void finish();
 

@@ -1,6 +1,6 @@
 // The wavex command:
 //
-//   wavex [--json] [--strict] [--data FILE]... [--option NAME=VALUE]... [--plot FILE [--logx] [--liny]]
+//   wavex [--json] [--strict] [--safe] [--data FILE]... [--option NAME=VALUE]... [--plot FILE [--logx] [--liny]]
 //         [-e STATEMENT]... [SCRIPT]
 //
 // Options are set first, then the data files load (CSV, raw or Touchstone, each vector under its
@@ -56,7 +56,7 @@ int usageError(const char* format, const std::string& a, const std::string& b = 
 int main(int argc, char** argv) {
     using namespace wavex::cli;
 
-    bool json = false, strict = false, logX = false, linY = false;
+    bool json = false, strict = false, safe = false, logX = false, linY = false;
     std::vector<std::string> dataFiles, options, statements;
     std::string script, plotFile, referenceFile;
 
@@ -67,6 +67,7 @@ int main(int argc, char** argv) {
     };
     app.add_flag("--json", json, "Print each value as one JSON object per line, with its statement's text and number");
     app.add_flag("--strict", strict, "Take warnings as failures: a call that reports a message fails");
+    app.add_flag("--safe", safe, "Refuse functions that write, delete or move files, change the environment or run commands");
     repeated(app.add_option("-d,--data", dataFiles, "Load the vectors of a CSV, raw or Touchstone file")->type_name("FILE"));
     repeated(app.add_option("-o,--option", options, "Set a host option")->type_name("NAME=VALUE"));
     app.add_option("--plot", plotFile, "Draw the values into a picture (.png, .svg, .pdf) instead of printing them")
@@ -103,6 +104,7 @@ int main(int argc, char** argv) {
     }
 
     Session session(json ? Session::Format::Json : Session::Format::Text, strict);
+    session.interpreter().setSafeMode(safe);
     if (!plotFile.empty()) session.plotTo(plotFile, {.logX = logX, .linY = linY});
 
     for (const std::string& option : options) {

@@ -175,6 +175,19 @@ VectorPtr assemble(std::vector<FuncResult>& parts, const Vector& driver, Message
 
 FUNC_ERROR callFunction(const FuncInfo& info, std::span<const VectorPtr> args,
                         const YRef<MessageHandler>& messages, const ScpParseContext& context, VectorPtr* out) {
+    // A call made in safe mode keeps every call made on its behalf (templates, expressions
+    // evaluated through whichever interpreter) in safe mode too.
+    thread_local bool inSafeCall = false;
+    bool safe = context.safe || inSafeCall;
+    if (safe && info.refusedInSafeMode) {
+        messages->error("Function '%s' is not allowed in safe mode", info.name);
+        return FUNC_FAILED;
+    }
+    struct SafeScope {
+        bool saved = inSafeCall;
+        explicit SafeScope(bool on) { inSafeCall = on; }
+        ~SafeScope() { inSafeCall = saved; }
+    } safeScope(safe);
     std::vector<VectorPtr> adjusted;
     if (!checkArguments(info, args, *messages, &adjusted)) return FUNC_FAILED;
     if (!adjusted.empty()) args = adjusted;

@@ -61,4 +61,9 @@ std::vector<const char*> registeredEntryPoints() {
     return names;
 }
 
+bool entryPointBound(const char* name) {
+    auto it = entryPoints().find(name);
+    return it != entryPoints().end() && it->second.entry;
+}
+
 }  // namespace wavex

@@ -20,6 +20,9 @@ const MakeOption derivAcceptFactor(__FILE__, __LINE__, "DerivAcceptFactor", 1e-9
 // Parts selector: a user model added within this many days is also listed under
 // "* Recently Added Models *".
 const MakeOption newModelLifetime(__FILE__, __LINE__, "NewModelLifetime", int32_t{7}, OPTION_CACHE_NONE, true);
+// MessageBox and InputBox at a terminal: 1 prints and asks there, 0 returns the defaults at once
+// (unattended runs started from a terminal).
+const MakeOption dialogsAtTerminal(__FILE__, __LINE__, "DialogsAtTerminal", int32_t{1}, OPTION_CACHE_NONE, true);
 // Style sheets of the statistical-analysis reports. Recorded only: the reports are not part of
 // the library and nothing here reads them; they are declared so that scripts and command lines
 // that set them keep working.

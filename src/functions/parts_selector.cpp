@@ -319,17 +319,17 @@ FUNC_ERROR buildPartSelectorData(WAVEX_HANDLER_PARAMS) {
 // ---- Registration --------------------------------------------------------------------------------
 
 constexpr FuncInfo kFunctions[] = {
-    {"ApplyJournal", {arg::String, arg::Real}, 2, applyJournalFn,
-     {.signature = "ApplyJournal([output, database, journal], column)",
-      .summary = "Applies a journal of edits to a parts database and writes the result to a file.",
-      .returns = "one real: the number of records written; -1 when fewer than three files are named; "
-                 "empty when the output cannot be written",
-      .notes = "Databases are semicolon-separated records keyed by field 0 (fields in \"<\" \">\" may "
-               "hold \";\"). The journal's action word sits in field column: 'edit', 'add' or 'delete' "
-               "(any other word deletes). A missing input file reads as an empty database; the output "
-               "may replace the database.",
-      .example = "ApplyJournal(['out.db', 'models.db', 'journal.db'], 9); length(ReadFile('out.db')); "
-                 "ApplyJournal(['out.db'], 9)"}},
+    FuncInfo("ApplyJournal", {arg::String, arg::Real}, 2, applyJournalFn,
+             {.signature = "ApplyJournal([output, database, journal], column)",
+              .summary = "Applies a journal of edits to a parts database and writes the result to a file.",
+              .returns = "one real: the number of records written; -1 when fewer than three files are named; "
+                         "empty when the output cannot be written",
+              .notes = "Databases are semicolon-separated records keyed by field 0 (fields in \"<\" \">\" may "
+                       "hold \";\"). The journal's action word sits in field column: 'edit', 'add' or 'delete' "
+                       "(any other word deletes). A missing input file reads as an empty database; the output "
+                       "may replace the database.",
+              .example = "ApplyJournal(['out.db', 'models.db', 'journal.db'], 9); length(ReadFile('out.db')); "
+                         "ApplyJournal(['out.db'], 9)"}).outsideSafeMode(),
     {"ExtractPartsTreeNameList", {arg::String}, 1, extractPartsTreeNameList,
      {.signature = "ExtractPartsTreeNameList(lines)",
       .summary = "The search rows \"name;path;line;kind\" of parts-selector lines.",
@@ -341,18 +341,18 @@ constexpr FuncInfo kFunctions[] = {
                "(ignoring case) gives no row.",
       .example = "ExtractPartsTreeNameList(['[1]Passive|[2]Resistors;<RC07;;res;;;;;;RC07A,RC07B>;ps_model;', "
                  "'Sources;<VSIN;;vsrc>;vsin;'])"}},
-    {"_BuildPartSelectorData", {arg::String, arg::String, arg::String}, 1, buildPartSelectorData,
-     {.signature = "_BuildPartSelectorData(files [, option [, filter]])",
-      .summary = "Compiles the parts selector's file from its databases and journals.",
-      .returns = "one real: the number of lines written; -1 when fewer than seven files are named",
-      .notes = "files: the output, then the user-model index, category assignments, category journal, "
-               "symbol journal, model database and symbol database; missing inputs read as empty. "
-               "Models and symbols are filed under their categories, user models also under \"* All User "
-               "Models *\" (and \"* Recently Added Models *\" within NewModelLifetime days, default 7). "
-               "option 'compressmodels' folds library models of a type into one entry; filter lists "
-               "\"|\"-separated types to keep. Lines are sorted by path, then name.",
-      .example = "_BuildPartSelectorData(['sel.txt', 'u', 'c', 'cj', 'sj', 'm', 's']); "
-                 "_BuildPartSelectorData(['sel.txt'])"}},
+    FuncInfo("_BuildPartSelectorData", {arg::String, arg::String, arg::String}, 1, buildPartSelectorData,
+             {.signature = "_BuildPartSelectorData(files [, option [, filter]])",
+              .summary = "Compiles the parts selector's file from its databases and journals.",
+              .returns = "one real: the number of lines written; -1 when fewer than seven files are named",
+              .notes = "files: the output, then the user-model index, category assignments, category journal, "
+                       "symbol journal, model database and symbol database; missing inputs read as empty. "
+                       "Models and symbols are filed under their categories, user models also under \"* All User "
+                       "Models *\" (and \"* Recently Added Models *\" within NewModelLifetime days, default 7). "
+                       "option 'compressmodels' folds library models of a type into one entry; filter lists "
+                       "\"|\"-separated types to keep. Lines are sorted by path, then name.",
+              .example = "_BuildPartSelectorData(['sel.txt', 'u', 'c', 'cj', 'sj', 'm', 's']); "
+                         "_BuildPartSelectorData(['sel.txt'])"}).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

@@ -216,17 +216,17 @@ constexpr FuncInfo kFunctions[] = {
                "result.",
       .example = "WAV_WriteFile('a.wav', [16, 1, 4], [0, 1, -1]); h = WAV_OpenFile('a.wav'); "
                  "WAV_ReadData(h[0], [0, 2])"}},
-    {"WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile,
-     {.signature = "WAV_WriteFile(file, [bits, scale, rate], left [, right])",
-      .summary = "Writes one or two channels of samples to a PCM WAV file.",
-      .returns = "one real: the status, 0 on success",
-      .notes = "bits 8, 16, 24 or 32 (else status 2); value/scale (scale default 1) is the fraction of "
-               "full scale, clipped beyond it and rounded half to even; rate defaults to 44100. With "
-               "right, two channels of the shorter length (right empty: a silent second channel). "
-               "Statuses: 3 header not written, 4 file not created, 5 samples not written, 6 too much "
-               "data, 13 a rate below 1.",
-      .example = "WAV_WriteFile('a.wav', [24, 1, 8000], [0, 3, -0.25], [0, -1, -9]); "
-                 "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [0]); WAV_ReadData(h[0], [1])"}},
+    FuncInfo("WAV_WriteFile", {arg::String, arg::Real, arg::Real, arg::Real}, 3, wavWriteFile,
+             {.signature = "WAV_WriteFile(file, [bits, scale, rate], left [, right])",
+              .summary = "Writes one or two channels of samples to a PCM WAV file.",
+              .returns = "one real: the status, 0 on success",
+              .notes = "bits 8, 16, 24 or 32 (else status 2); value/scale (scale default 1) is the fraction of "
+                       "full scale, clipped beyond it and rounded half to even; rate defaults to 44100. With "
+                       "right, two channels of the shorter length (right empty: a silent second channel). "
+                       "Statuses: 3 header not written, 4 file not created, 5 samples not written, 6 too much "
+                       "data, 13 a rate below 1.",
+              .example = "WAV_WriteFile('a.wav', [24, 1, 8000], [0, 3, -0.25], [0, -1, -9]); "
+                         "h = WAV_OpenFile('a.wav'); WAV_ReadData(h[0], [0]); WAV_ReadData(h[0], [1])"}).outsideSafeMode(),
 };
 
 const FuncFamily family(kFunctions);

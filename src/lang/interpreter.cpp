@@ -117,6 +117,9 @@ std::optional<std::string> Interpreter::substituteExpression(std::string_view ex
     return lang::substitute(expression, subst, error);
 }
 
+void Interpreter::setSafeMode(bool on) { impl_->context.safe = on; }
+bool Interpreter::safeMode() const { return impl_->context.safe; }
+
 std::string Interpreter::setOption(std::string_view name, std::string_view value) { return wavex::setOption(name, value); }
 
 VectorPtr Interpreter::evaluate(std::string_view expression) { return evaluateExpression(expression, messages_); }

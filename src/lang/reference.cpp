@@ -88,6 +88,7 @@ std::string referenceEntry(const FuncInfo& f, std::string_view exampleOutput) {
     for (auto& [alias, target] : functionTable().aliases())
         if (iequals(target, f.name)) aliases += (aliases.empty() ? "`" : ", `") + alias + "`";
     if (!aliases.empty()) s += "Also called " + aliases + ".\n\n";
+    if (f.refusedInSafeMode) s += "Refused in safe mode (`--safe`).\n\n";
     s += "```\n> " + std::string(d.example) + "\n";
     s += exampleOutput;
     if (!exampleOutput.empty() && exampleOutput.back() != '\n') s += '\n';

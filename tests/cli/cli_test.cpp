@@ -285,36 +285,9 @@ TEST(Cli, Prompt) {
     ASSERT_EQ(std::system(mkdir.c_str()), 0);
     std::remove((home + "/.wavex_history").c_str());
 
-    int master;
-    pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {
-        setenv("HOME", home.c_str(), 1);
-        setenv("TERM", "dumb", 1);
-        execl(WAVEX_BINARY, WAVEX_BINARY, static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    const char input[] = "q = [7, 8]\nnosuch(1)\nq\nquit\n";
-    ASSERT_EQ(write(master, input, sizeof input - 1), static_cast<ssize_t>(sizeof input - 1));
-    std::string screen;
-    char buf[4096];
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    for (;;) {
-        pollfd p{master, POLLIN, 0};
-        if (poll(&p, 1, 200) > 0) {
-            ssize_t n = read(master, buf, sizeof buf);
-            if (n <= 0) break;  // the child has gone
-            screen.append(buf, static_cast<size_t>(n));
-        }
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid, SIGKILL);
-            break;
-        }
-    }
-    close(master);
-    int status = 0;
-    waitpid(pid, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << screen;
+    Outcome r = wavex::test::runOnTerminal({}, "q = [7, 8]\nnosuch(1)\nq\nquit\n", {{"HOME", home}});
+    const std::string& screen = r.out;
+    EXPECT_EQ(r.status, 0) << screen;
     EXPECT_NE(screen.find("error: Unknown function 'nosuch'"), std::string::npos) << screen;
     EXPECT_NE(screen.find("7\r\n8\r\n"), std::string::npos) << screen;
     std::string history = readFile(home + "/.wavex_history");
