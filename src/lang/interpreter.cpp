@@ -50,6 +50,13 @@ InterpreterScope::~InterpreterScope() { tRunning = saved_; }
 
 struct Interpreter::Impl {
     std::unordered_map<std::string, VectorPtr, CaseInsensitiveHash, CaseInsensitiveEqual> workspace;
+    // The workspace's names, sorted ignoring case.
+    std::vector<std::string> names() const {
+        std::vector<std::string> r;
+        for (auto& [name, v] : workspace) r.push_back(name);
+        std::sort(r.begin(), r.end(), [](const std::string& a, const std::string& b) { return stricmp(a, b) < 0; });
+        return r;
+    }
     bool finished = false;
     ScpParseContext context;
 
@@ -105,12 +112,7 @@ void Interpreter::setVector(std::string_view name, VectorPtr value) { impl_->wor
 
 VectorPtr Interpreter::findVector(std::string_view name) const { return impl_->lookup(name); }
 
-std::vector<std::string> Interpreter::vectorNames() const {
-    std::vector<std::string> names;
-    for (auto& [name, v] : impl_->workspace) names.push_back(name);
-    std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) { return stricmp(a, b) < 0; });
-    return names;
-}
+std::vector<std::string> Interpreter::vectorNames() const { return impl_->names(); }
 
 std::optional<std::string> Interpreter::substituteExpression(std::string_view expression,
                                                              VecSubstExpressionObject& subst, std::string* error) {
@@ -179,7 +181,7 @@ VectorPtr Interpreter::Impl::eval(const Node& n, const YRef<MessageHandler>& mes
             if (functionTable().find(n.text))
                 messages->error("Function '%s' needs its arguments in parentheses", n.text);
             else
-                messages->error("Unknown vector '%s'%s", n.text, lang::didYouMean(n.text, self->vectorNames()));
+                messages->error("Unknown vector '%s'%s", n.text, lang::didYouMean(n.text, names()));
             return nullptr;
         }
     }
@@ -239,7 +241,7 @@ VectorPtr Interpreter::Impl::call(const Node& n, const YRef<MessageHandler>& mes
             }
             std::string text = name->str[0].value_or("");
             if (VectorPtr v = lookup(text)) return v;
-            messages->error("Unknown vector '%s'%s", text, lang::didYouMean(text, self->vectorNames()));
+            messages->error("Unknown vector '%s'%s", text, lang::didYouMean(text, names()));
             return nullptr;
         }
         if (!n.function) {

@@ -1,6 +1,6 @@
 // The README's examples: each `$ COMMAND` in its code blocks runs (in a scratch directory that sees
 // the repository's examples/) and prints what the README shows after it. A shown line "..." stands
-// for the lines that follow and are not shown.
+// for the lines that follow and are not shown; a command line ending in "\\" goes on in the next.
 #include "run_wavex.hpp"
 #include "test_util.hpp"
 
@@ -30,6 +30,8 @@ std::vector<Example> readmeExamples() {
             block += inFence;
         } else if (plain && line.starts_with("$ ")) {
             out.push_back({line.substr(2), "", number, block});
+        } else if (plain && !out.empty() && out.back().shown.empty() && out.back().command.ends_with("\\")) {
+            out.back().command += "\n" + line;  // a command continued on the next line
         } else if (plain && !out.empty() && out.back().block == block) {
             out.back().shown += line + "\n";
         }

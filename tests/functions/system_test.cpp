@@ -60,7 +60,7 @@ TEST(System, DialogsAtATerminal) {
     test::Outcome r = test::runOnTerminal(
         {"-e", "MessageBox('finished', 'run'); InputBox('Corner?', 'tt'); InputBox('Again?', 'ff')"}, "ss\n\n");
     EXPECT_EQ(r.status, 0) << r.out;
-    EXPECT_NE(r.out.find("run: finished\r\n1\r\nCorner? [tt] ss\r\nAgain? [ff] ff\r\n"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("run: finished\r\nMessageBox('finished', 'run') = 1\r\nCorner? [tt] ss\r\nAgain? [ff] ff\r\n"), std::string::npos) << r.out;
 }
 
 TEST(System, Diagnostics) {
