@@ -1,6 +1,7 @@
 // Fuzzes the ini reader and writer: a file that parses is written back byte for byte (when its
 // line ends are all "\n"), and an entry set into it reads back after a fresh parse, with every
 // other entry unchanged.
+#include "fuzz_check.hpp"
 #include "support/ini.hpp"
 
 #include <cstddef>
@@ -8,14 +9,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace wavex;

@@ -3,6 +3,7 @@
 // (but for the zero polynomial), a denominator that is not zero; on failure a known code. The
 // record interface is driven with the capacities the first byte gives and arrays of exactly that
 // size, so a write past them is caught.
+#include "fuzz_check.hpp"
 #include "support/laplace.hpp"
 
 #include <cmath>
@@ -12,10 +13,6 @@
 #include <vector>
 
 namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
 
 void checkPolynomial(const std::vector<double>& p) {
     check(!p.empty() && p.size() <= wavex::kLaplaceMaxOrder + 1);

@@ -2,6 +2,7 @@
 // an unterminated last line, each the text between the line ends less a final "\r", lying inside
 // the stream's copy. Logical lines: line numbers rise and stay within the file, and the lines
 // together are no longer than the text (a joined "+" line trades its "+" for one blank).
+#include "fuzz_check.hpp"
 #include "support/spice_stream.hpp"
 
 #include <algorithm>
@@ -9,14 +10,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using wavex::NewSpiceStream;

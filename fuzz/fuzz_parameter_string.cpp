@@ -3,6 +3,7 @@
 // optional delimiters, opening and closing quotes. Checks that reads give views into the string,
 // and that without quoting a written string reads back to itself when no name or value given holds
 // a delimiter.
+#include "fuzz_check.hpp"
 #include "support/parameter_string.hpp"
 
 #include <algorithm>
@@ -13,10 +14,6 @@
 #include <vector>
 
 namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
 
 std::vector<std::string_view> cut(std::string_view s, char at) {
     std::vector<std::string_view> parts;

@@ -3,6 +3,7 @@
 // second, how long a filter text is taken from the journal's start. Checks: every field lies
 // inside its line; a record whose fields hold no "<", ">" or ";" (a rebuilt line writes every field
 // bare) reads back from its rebuilt line with the same fields; a journal never makes more records than its two tables hold.
+#include "fuzz_check.hpp"
 #include "support/parts_database.hpp"
 
 #include <cstddef>
@@ -10,14 +11,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace wavex;

@@ -2,6 +2,7 @@
 // choose up to seven values, two bits each (empty, integer, number, text); the next bytes give
 // their contents; the rest is the template. Checks that a refused template says why and that a
 // formatted one is no longer than its directives can make it.
+#include "fuzz_check.hpp"
 #include "wavex/printf.hpp"
 
 #include <algorithm>
@@ -11,14 +12,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using wavex::PrintfArg;

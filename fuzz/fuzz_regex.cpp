@@ -1,6 +1,7 @@
 // Fuzzes the regular-expression wrapper: the input up to the first newline is the pattern, each
 // further line a subject. Checks that nothing escapes, that a failure says why and leaves no
 // matches, and that every match lies inside a subject, each matching subject adding as many.
+#include "fuzz_check.hpp"
 #include "support/regex.hpp"
 
 #include <cstddef>
@@ -8,12 +9,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace {
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size > 4096) return 0;  // long subjects only make the backtracking limits slower to reach

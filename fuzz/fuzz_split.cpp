@@ -2,6 +2,7 @@
 // checks what their header promises. The first byte chooses the flags and the maximum token count,
 // the next three are the separator and the quote pair (used as one separator set for sp_ScanLine),
 // the rest is the line.
+#include "fuzz_check.hpp"
 #include "support/split.hpp"
 
 #include <cstddef>
@@ -11,10 +12,6 @@
 #include <vector>
 
 namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
 
 // Every piece lies inside the line.
 void inside(const std::vector<std::string_view>& pieces, std::string_view line) {

@@ -1,6 +1,7 @@
 // Fuzzes the readers of outside text behind the tables and reports: a table (delimiter detected
 // from the first byte's choice), a statistical data file, and a netlist element line, and checks
 // what their headers promise.
+#include "fuzz_check.hpp"
 #include "support/spice_element.hpp"
 #include "support/stat_data.hpp"
 #include "support/text_table.hpp"
@@ -10,14 +11,6 @@
 #include <numeric>
 #include <string_view>
 #include <vector>
-
-namespace {
-
-void check(bool ok) {
-    if (!ok) __builtin_trap();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace wavex;
